@@ -1,0 +1,21 @@
+// Everything that the library offers.
+#pragma once
+
+#include <MediaAccessor/audio_segment.h>
+#include <MediaAccessor/export.h>
+#include <MediaAccessor/g711_decoder.h>
+#include <MediaAccessor/library.h>
+#include <MediaAccessor/media_accessor.h>
+#include <MediaAccessor/media_accessor_channel_selector.h>
+#include <MediaAccessor/media_accessor_decorator.h>
+#include <MediaAccessor/media_accessor_mixer.h>
+#include <MediaAccessor/media_file.h>
+#include <MediaAccessor/media_file_factory.h>
+#include <MediaAccessor/media_file_functions.h>
+#include <MediaAccessor/media_file_writer.h>
+#include <MediaAccessor/media_sink.h>
+#include <MediaAccessor/multi_channel_media_file.h>
+#include <MediaAccessor/ownership.h>
+#include <MediaAccessor/registry.h>
+#include <MediaAccessor/result_code.h>
+#include <MediaAccessor/text.h>

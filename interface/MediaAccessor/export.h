@@ -1,0 +1,15 @@
+// The one macro that marks what the shared library MediaAccessor exports. Everything else is
+// hidden.
+#pragma once
+
+#if defined(MEDIA_ACCESSOR_STATIC)
+#define MEDIA_ACCESSOR_API
+#elif defined(_WIN32)
+#if defined(MEDIA_ACCESSOR_BUILD)
+#define MEDIA_ACCESSOR_API __declspec(dllexport)
+#else
+#define MEDIA_ACCESSOR_API __declspec(dllimport)
+#endif
+#else
+#define MEDIA_ACCESSOR_API __attribute__((visibility("default")))
+#endif

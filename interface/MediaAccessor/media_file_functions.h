@@ -1,0 +1,108 @@
+// Opening a media file by name, and one-shot questions about a file.
+//
+// The candidates for the extension of the path (registry.h) are tried in their order. Only
+// QVERR_BAD_FORMAT goes on to the next one: any other failure ends the search. So a missing .wav
+// file is QVERR_FILE_OPEN_FAILED, the answer of the first reader that was asked to open it. A path
+// without a dot after its last separator has the empty extension, for which only default factories
+// stand unless somebody registered some.
+//
+// Results that every function here can return:
+//     QVERR_BAD_FILE_NAME      the path is empty or null
+//     QVERR_BAD_FORMAT         no candidate accepted the file, or there is none
+//     QVERR_CREATE_FAILED      a factory could not create its file object, or memory ran out
+//     QVERR_BUSY               the registry's lock could not be had within 1000 ms
+//     any other                the failure of the candidate that ended the search
+// Outputs are cleared before any work. Any thread may call; the files are independent.
+#pragma once
+
+#include <MediaAccessor/export.h>
+#include <MediaAccessor/result_code.h>
+
+namespace Quorvex {
+
+class CMediaAccessor;
+class CMediaFile;
+
+/// Opens a file with the first candidate that accepts it.
+/// @param file           receives the open file, owned by the caller, who ends it with
+///                       MediaFileClose; null on failure.
+/// @param refuseFlagged  a file whose accessor answers true to IsFlagged() is not handed out:
+/// `file`
+///                       stays null and the result is QVERR_OK. That is wanted: who passes true
+///                       looks at both.
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileOpen(const char* path, CMediaFile*& file,
+                                                 bool refuseFlagged = false) noexcept;
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileOpen(const wchar_t* path, CMediaFile*& file,
+                                                 bool refuseFlagged = false) noexcept;
+
+/// Closes a file, if it is open, and ends the object.
+/// @return QVERR_OK; QVERR_INVALID_ARGUMENT for null; the failure of Close, after which the object
+/// is
+///         gone all the same.
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileClose(CMediaFile* file) noexcept;
+
+/// The length of a file's audio.
+/// @param milliseconds  receives the length, truncated.
+/// @param exact         false: the format's own estimate serves, unless it is 0. True: the file is
+///                      decoded to its end and counted.
+/// @return also the result of the last read, `milliseconds` then being the length up to it, and
+///         QVERR_INVALID_ARGUMENT with 0 ms for a flagged file (IsFlagged), which is refused.
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetMilliseconds(const char* path,
+                                                            unsigned long& milliseconds,
+                                                            bool exact) noexcept;
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetMilliseconds(const wchar_t* path,
+                                                            unsigned long& milliseconds,
+                                                            bool exact) noexcept;
+/// The same for an accessor, which is read from where it stands to its end and stays the caller's;
+/// the pointer itself is not changed.
+/// @return the result of the last read; QVERR_INVALID_ARGUMENT with 0 ms for null.
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetMilliseconds(CMediaAccessor*& accessor,
+                                                            unsigned long& milliseconds) noexcept;
+
+/// The channel count of a track, as the file holds it. @return also SelectTrack's result
+/// (QVERR_BAD_TRACK).
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetAvailableChannels(const char* path, int track,
+                                                                 int& channels) noexcept;
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetAvailableChannels(const wchar_t* path, int track,
+                                                                 int& channels) noexcept;
+/// The same for the track that is current after opening.
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetAvailableChannels(const char* path,
+                                                                 int& channels) noexcept;
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetAvailableChannels(const wchar_t* path,
+                                                                 int& channels) noexcept;
+
+/// The number of audio tracks.
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetAvailableTracks(const char* path,
+                                                               int& tracks) noexcept;
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetAvailableTracks(const wchar_t* path,
+                                                               int& tracks) noexcept;
+
+/// The ids of the audio tracks.
+/// @param ids    receives them; may be null.
+/// @param count  in: the capacity of `ids`; out: the number of tracks, 0 on failure.
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetAvailableTrackIDs(const char* path, int* ids,
+                                                                 unsigned long& count) noexcept;
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetAvailableTrackIDs(const wchar_t* path, int* ids,
+                                                                 unsigned long& count) noexcept;
+
+/// The number of video tracks; -1 from a reader without video.
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetAvailableVideoTracks(const char* path,
+                                                                    int& tracks) noexcept;
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetAvailableVideoTracks(const wchar_t* path,
+                                                                    int& tracks) noexcept;
+
+/// The size of the picture in pixels; -1 each from a reader without video.
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetVideoDimensions(const char* path, long& width,
+                                                               long& height) noexcept;
+MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileGetVideoDimensions(const wchar_t* path, long& width,
+                                                               long& height) noexcept;
+
+/// Whether a platform reader can open the file: a candidate for its path whose format name begins
+/// with "DirectShow", respectively "QuickTime", and which opens it. False on any failure, and where
+/// no such factory is registered.
+MEDIA_ACCESSOR_API bool MediaFileIsDirectShowCompatible(const char* path) noexcept;
+MEDIA_ACCESSOR_API bool MediaFileIsDirectShowCompatible(const wchar_t* path) noexcept;
+MEDIA_ACCESSOR_API bool MediaFileIsQuickTimeCompatible(const char* path) noexcept;
+MEDIA_ACCESSOR_API bool MediaFileIsQuickTimeCompatible(const wchar_t* path) noexcept;
+
+}  // namespace Quorvex

@@ -1,0 +1,16 @@
+// Terminal and pipes of a POSIX system.
+#include "platform/console.h"
+
+#include <unistd.h>
+
+#include <csignal>
+
+namespace Quorvex::platform {
+
+bool IsTerminal(std::FILE* stream) noexcept { return ::isatty(::fileno(stream)) == 1; }
+
+void SetBinary(std::FILE*) noexcept {}
+
+void ReportBrokenPipes() noexcept { std::signal(SIGPIPE, SIG_IGN); }
+
+}  // namespace Quorvex::platform

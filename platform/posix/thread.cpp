@@ -1,0 +1,21 @@
+// Thread services of Linux.
+#include "platform/thread.h"
+
+#include <unistd.h>
+
+#include <chrono>
+#include <thread>
+
+namespace Quorvex::platform {
+
+std::uint32_t CurrentThreadId() noexcept { return static_cast<std::uint32_t>(::gettid()); }
+
+void SleepMilliseconds(int milliseconds) noexcept {
+  if (milliseconds <= 0) {
+    std::this_thread::yield();
+  } else {
+    std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+  }
+}
+
+}  // namespace Quorvex::platform

@@ -1,0 +1,83 @@
+// Initialisation in its four forms, and the version.
+#include "registry/initialization.h"
+
+#include <MediaAccessor/library.h>
+
+#include "registry/built_in_factories.h"
+#include "registry/factory_registry.h"
+#include "registry/licence_data.h"
+#include "support/no_throw.h"
+#include "support/text.h"
+
+namespace Quorvex {
+namespace {
+
+constexpr int kMajor = 9;
+constexpr int kMinor = 0;
+constexpr int kBuild = 0;
+constexpr int kRevision = 288;
+
+// The revision stands at its end once more on purpose: readers of the text rely on it.
+constexpr std::wstring_view kVersionText = L"9.0.0.288 (185833).288";
+
+}  // namespace
+
+QVERRORCODE_TAG RegisterBuiltInFactories(FactoryRegistry& registry) {
+  for (const CMediaFileFactory* factory : BuiltInFactories()) {
+    const QVERRORCODE_TAG result = registry.AddUninitialized(*factory);
+    if (result != QVERR_OK) return result;
+  }
+  return QVERR_OK;
+}
+
+QVERRORCODE_TAG InitializeMediaAccessorLibrary() noexcept {
+  return NoThrow([] { return FactoryRegistry::Instance().Initialize(); });
+}
+
+QVERRORCODE_TAG InitializeMediaAccessorLibrary(const char* licensee, const char* key) noexcept {
+  return NoThrow([&] {
+    StoreLicenceTexts(ToWide(licensee), ToWide(key));
+    return InitializeMediaAccessorLibrary();
+  });
+}
+
+QVERRORCODE_TAG InitializeMediaAccessorLibrary(const wchar_t* licensee,
+                                               const wchar_t* key) noexcept {
+  return NoThrow([&] {
+    StoreLicenceTexts(ToWide(licensee), ToWide(key));
+    return InitializeMediaAccessorLibrary();
+  });
+}
+
+QVERRORCODE_TAG InitializeMediaAccessorLibrary(MediaAccessorLicenceQuery query,
+                                               MediaAccessorLicenceCheck check) noexcept {
+  return NoThrow([&] {
+    StoreLicenceCallbacks(query, check);
+    return InitializeMediaAccessorLibrary();
+  });
+}
+
+QVERRORCODE_TAG MediaAccessorGetLibraryVersion(int& major, int& minor, int& build,
+                                               int& revision) noexcept {
+  major = kMajor;
+  minor = kMinor;
+  build = kBuild;
+  revision = kRevision;
+  return QVERR_OK;
+}
+
+QVERRORCODE_TAG MediaAccessorGetLibraryVersion(wchar_t* buffer, unsigned long capacity) noexcept {
+  CopyText(kVersionText, buffer, capacity);
+  return QVERR_OK;
+}
+
+QVERRORCODE_TAG MediaAccessorGetLibraryVersion(char* buffer, unsigned long capacity) noexcept {
+  CopyText(kVersionText, buffer, capacity);
+  return QVERR_OK;
+}
+
+bool HasFFmpegWriter() noexcept { return false; }
+
+CMediaFileWriter* CreateFFmpegWriterInstance() noexcept { return nullptr; }
+
+}  // namespace Quorvex

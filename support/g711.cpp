@@ -1,0 +1,43 @@
+// The two expansion tables, formed from the structure of a code word:
+//
+//     bit   7     6..4      3..0
+//           sign  segment   interval within the segment
+#include "support/g711.h"
+
+namespace Quorvex {
+namespace {
+
+// A-law: the even bits are inverted on the line (0x55); a set sign bit is positive. Segment 0 and 1
+// have the same step; from there each doubles. Values lie in the middle of their interval.
+constexpr std::int16_t ExpandALaw(int code) {
+  code ^= 0x55;
+  const int segment = (code >> 4) & 7;
+  const int interval = code & 15;
+  const int magnitude = segment == 0 ? interval * 16 + 8 : (interval * 16 + 0x108) << (segment - 1);
+  return static_cast<std::int16_t>((code & 0x80) != 0 ? magnitude : -magnitude);
+}
+
+// mu-law: all bits are inverted on the line; a set sign bit is then negative. The bias of 33 steps
+// (0x84 at this scale) makes the segments powers of two.
+constexpr std::int16_t ExpandMuLaw(int code) {
+  constexpr int kBias = 0x84;
+  code = ~code & 0xFF;
+  const int segment = (code >> 4) & 7;
+  const int interval = code & 15;
+  const int magnitude = ((interval * 8 + kBias) << segment) - kBias;
+  return static_cast<std::int16_t>((code & 0x80) != 0 ? -magnitude : magnitude);
+}
+
+template <class Expand>
+constexpr G711Table MakeTable(Expand expand) {
+  G711Table table{};
+  for (int code = 0; code < 256; ++code) table[static_cast<std::size_t>(code)] = expand(code);
+  return table;
+}
+
+}  // namespace
+
+constinit const G711Table kG711ALaw = MakeTable(ExpandALaw);
+constinit const G711Table kG711MuLaw = MakeTable(ExpandMuLaw);
+
+}  // namespace Quorvex

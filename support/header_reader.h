@@ -1,0 +1,52 @@
+// HeaderReader: the bytes of a file's header, fetched a page at a time.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+
+#include "platform/input_file.h"
+
+namespace Quorvex {
+
+/// Random access to small pieces of a file or of memory. Header parsers take one, so that they can
+/// be tried on bytes without a file.
+class HeaderReader {
+ public:
+  /// Reads from an open file, which must outlive this object.
+  explicit HeaderReader(platform::InputFile& file) : file_(&file), size_(file.Size()) {}
+  /// Reads from memory, which must outlive this object.
+  explicit HeaderReader(std::span<const unsigned char> bytes)
+      : window_(bytes), size_(bytes.size()) {}
+
+  /// Size of the whole file in bytes.
+  std::uint64_t Size() const noexcept { return size_; }
+
+  /// Reads exactly `count` bytes, at most kLargestRead. False at the end of the file or on a read
+  /// error.
+  bool Read(std::uint64_t offset, void* bytes, std::size_t count) noexcept;
+
+  static constexpr std::size_t kLargestRead = 256;
+
+ private:
+  static constexpr std::size_t kWindowSize = 4096;
+
+  bool WindowHolds(std::uint64_t offset, std::size_t count) const noexcept;
+
+  platform::InputFile* file_ = nullptr;  // null: the window is all there is
+  std::array<unsigned char, kWindowSize> buffer_;
+  std::span<const unsigned char> window_;
+  std::uint64_t windowOffset_ = 0;
+  std::uint64_t size_;
+};
+
+/// Little-endian fields of a header.
+inline std::uint32_t LittleEndian16(const unsigned char* bytes) noexcept {
+  return bytes[0] | static_cast<std::uint32_t>(bytes[1]) << 8;
+}
+inline std::uint32_t LittleEndian32(const unsigned char* bytes) noexcept {
+  return LittleEndian16(bytes) | LittleEndian16(bytes + 2) << 16;
+}
+
+}  // namespace Quorvex

@@ -1,0 +1,33 @@
+// Samples of other widths and codings, converted to signed 16-bit.
+#pragma once
+
+#include <cstddef>
+
+#include <MediaAccessor/result_code.h>
+
+#include "support/g711.h"
+
+namespace Quorvex {
+
+/// Expands G.711 code words. @param law  kALaw or kMuLaw.
+void ExpandG711(WaveLaw law, const unsigned char* codes, std::size_t count,
+                short* samples) noexcept;
+
+/// Converts a block of little-endian samples.
+///
+///     width 1   A-law and mu-law expanded; linear: unsigned, (byte - 128) << 8
+///     width 2   copied
+///     width 4   signed; the whole block is shifted right, rounding towards zero, by n - 16 when
+///     its
+///               peak has n > 16 significant bits. The peak is the OR of the magnitudes of every
+///               THIRD sample (0, 3, 6, ...) on purpose. Sixteen bits of magnitude remain, of which
+///               the low 16 bits of the value are kept: so a sample with as many significant bits
+///               as the peak changes its sign, unless n is 32, and one that is larger loses its
+///               top.
+///     other     the output is zero-filled and the result is QVERR_BAD_FORMAT
+///
+/// @param samples  receives `count` samples; it does not overlap the input.
+QVERRORCODE_TAG ConvertToInt16(WaveLaw law, int width, const unsigned char* input,
+                               std::size_t count, short* samples) noexcept;
+
+}  // namespace Quorvex

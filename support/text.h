@@ -1,0 +1,23 @@
+// The library's side of the text rule that interface/MediaAccessor/text.h states.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "platform/text.h"
+
+namespace Quorvex {
+
+/// Copies text into a caller's buffer. @return the copied length plus one; without a buffer, or
+/// with a capacity of 0, the whole length plus one; 0 when memory runs out.
+unsigned long CopyText(std::wstring_view text, wchar_t* buffer, unsigned long capacity) noexcept;
+/// The same, converted to narrow text and cut between characters.
+unsigned long CopyText(std::wstring_view text, char* buffer, unsigned long capacity) noexcept;
+
+/// A caller's text as wide text; null counts as empty. May throw std::bad_alloc.
+inline std::wstring ToWide(const wchar_t* text) { return text != nullptr ? text : L""; }
+inline std::wstring ToWide(const char* text) {
+  return text != nullptr ? platform::Widen(text) : std::wstring();
+}
+
+}  // namespace Quorvex

@@ -1,0 +1,36 @@
+// Opening files for the commands, and saying what went wrong with them.
+#pragma once
+
+#include <MediaAccessor/media_file_factory.h>
+#include <MediaAccessor/ownership.h>
+
+#include <functional>
+#include <string>
+
+namespace media_accessor_tool {
+
+/// The factory of a format name; null when there is none, which is then reported on standard error.
+const Quorvex::CMediaFileFactory* FindReader(const std::string& formatName);
+
+/// Opens a file with one factory alone, or, when it is null, with whatever the library chooses.
+Quorvex::QVERRORCODE_TAG OpenFile(const std::string& path, const Quorvex::CMediaFileFactory* reader,
+                                  Quorvex::MediaFilePtr& file);
+
+/// Reads an open file to its end, with progress.
+/// @param take  receives each block, in samples (frames x delivered channels); false stops the
+///              reading.
+/// @param frames  receives the number of frames read.
+Quorvex::QVERRORCODE_TAG PullAll(Quorvex::CMediaFile& file, const std::string& name,
+                                 const std::function<bool(const short*, std::size_t)>& take,
+                                 unsigned long long& frames);
+
+/// One line on standard error: file, code, its name and its meaning.
+void ReportFailure(const std::string& path, Quorvex::QVERRORCODE_TAG result);
+
+/// One line on standard error in the same shape, with a text of its own.
+void ReportError(const std::string& subject, const std::string& text);
+
+/// A factory's format name.
+std::string FormatName(const Quorvex::CMediaFileFactory& factory);
+
+}  // namespace media_accessor_tool

@@ -151,8 +151,8 @@ void MediaAccessorMixerImpl::Mix(const short* samples, std::size_t count) {
     CopyInput(samples, count);
   } else if (mode_ != kChannelModeSeparate) {
     const std::size_t room = Extend(frames, 1, end);
-    const auto mix = mode_ == kChannelModeAverage ? MixAverage : MixSum;
-    mix(samples, room, inputChannels_, selected_, end);
+    const MixRule rule = mode_ == kChannelModeAverage ? MixRule::kAverage : MixRule::kSum;
+    MixCombined(rule, samples, room, inputChannels_, selected_, end);
   } else if (GetSelectedChannelCount() != inputChannels_) {
     const std::size_t room = Extend(frames, selected_.size(), end);
     MixSeparate(samples, room, inputChannels_, selected_, end);

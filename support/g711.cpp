@@ -40,4 +40,12 @@ constexpr G711Table MakeTable(Expand expand) {
 constinit const G711Table kG711ALaw = MakeTable(ExpandALaw);
 constinit const G711Table kG711MuLaw = MakeTable(ExpandMuLaw);
 
+void ExpandG711(WaveLaw law, const unsigned char* codes, std::size_t count,
+                short* samples) noexcept {
+  const G711Table& table = law == WaveLaw::kALaw ? kG711ALaw : kG711MuLaw;
+  for (std::size_t i = ExpandG711Vector(law, codes, count, samples); i < count; ++i) {
+    samples[i] = table[codes[i]];
+  }
+}
+
 }  // namespace Quorvex

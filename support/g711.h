@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 namespace Quorvex {
@@ -14,5 +15,14 @@ enum class WaveLaw : int { kLinear = 1, kALaw = 6, kMuLaw = 7 };
 using G711Table = std::array<std::int16_t, 256>;
 extern const G711Table kG711ALaw;
 extern const G711Table kG711MuLaw;
+
+/// Expands code words. @param law  kALaw or kMuLaw.
+void ExpandG711(WaveLaw law, const unsigned char* codes, std::size_t count,
+                short* samples) noexcept;
+
+/// ExpandG711 with vector instructions. @return how many of the first code words were expanded, the
+/// others being left: 0 where the processor has no such instructions.
+std::size_t ExpandG711Vector(WaveLaw law, const unsigned char* codes, std::size_t count,
+                             short* samples) noexcept;
 
 }  // namespace Quorvex

@@ -42,12 +42,6 @@ void ConvertSigned32(const unsigned char* input, std::size_t count, short* sampl
 
 }  // namespace
 
-void ExpandG711(WaveLaw law, const unsigned char* codes, std::size_t count,
-                short* samples) noexcept {
-  const G711Table& table = law == WaveLaw::kALaw ? kG711ALaw : kG711MuLaw;
-  for (std::size_t i = 0; i < count; ++i) samples[i] = table[codes[i]];
-}
-
 QVERRORCODE_TAG ConvertToInt16(WaveLaw law, int width, const unsigned char* input,
                                std::size_t count, short* samples) noexcept {
   switch (width) {

@@ -9,10 +9,6 @@
 
 namespace Quorvex {
 
-/// Expands G.711 code words. @param law  kALaw or kMuLaw.
-void ExpandG711(WaveLaw law, const unsigned char* codes, std::size_t count,
-                short* samples) noexcept;
-
 /// Converts a block of little-endian samples.
 ///
 ///     width 1   A-law and mu-law expanded; linear: unsigned, (byte - 128) << 8

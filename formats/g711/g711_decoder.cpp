@@ -7,7 +7,6 @@
 #include "support/allocator.h"
 #include "support/g711.h"
 #include "support/no_throw.h"
-#include "support/sample_conversion.h"
 
 namespace Quorvex {
 namespace {

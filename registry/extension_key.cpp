@@ -17,8 +17,8 @@ std::size_t AfterLastSeparator(std::wstring_view path) {
   return static_cast<std::size_t>(path.rend() - last);
 }
 
-// A to Z and these seven capitals with acute accent or diaeresis, nothing else: a wider folding
-// would merge keys that callers keep apart.
+// A to Z and the seven accented capitals of Spanish, nothing else on purpose: a wider folding would
+// merge keys that callers keep apart.
 wchar_t Lower(wchar_t character) {
   constexpr std::wstring_view kFoldedLatin1 = L"\u00C1\u00C9\u00CD\u00D1\u00D3\u00DA\u00DC";
   const bool folded = (character >= L'A' && character <= L'Z') ||

@@ -1,0 +1,13 @@
+// Arbitrary bytes as x.wav, through the registry.
+#include "fuzz/fuzz_file.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const std::string& path = fuzz::FileOf(data, size, ".wav");
+  Quorvex::MediaFilePtr file;
+  if (Quorvex::MediaFileOpen(path.c_str(), file) == Quorvex::QVERR_OK) {
+    fuzz::Exercise(*file, size > 0 ? data[size - 1] : 0);
+  }
+  unsigned long milliseconds = 0;
+  Quorvex::MediaFileGetMilliseconds(path.c_str(), milliseconds, true);
+  return 0;
+}

@@ -1,0 +1,253 @@
+// The registry's rules, through the exported functions.
+#include <MediaAccessor/all.h>
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "tests/fake_media.h"
+
+namespace {
+
+using namespace Quorvex;
+using tests::FakeFactory;
+
+using Factories = std::vector<const CMediaFileFactory*>;
+
+class Registry : public testing::Test {
+ protected:
+  void SetUp() override {
+    MediaAccessorRegistryClear();
+    ASSERT_EQ(GetMediaFileFactory(0, builtIn), QVERR_OK);
+  }
+  void TearDown() override { MediaAccessorRegistryClear(); }
+
+  template <class Text>
+  Factories Candidates(const Text* path) {
+    Factories found;
+    const CMediaFileFactory* factory = nullptr;
+    bool isDefault = false;
+    for (unsigned long i = 0;
+         MediaAccessorRegistryGetFactory(path, i, factory, isDefault) == QVERR_OK; ++i) {
+      found.push_back(factory);
+    }
+    return found;
+  }
+
+  static Factories FactoryList() {
+    Factories list(GetMediaFileFactoryCount());
+    for (unsigned long i = 0; i < list.size(); ++i) GetMediaFileFactory(i, list[i]);
+    return list;
+  }
+
+  static std::vector<std::wstring> Extensions() {
+    std::vector<std::wstring> keys;
+    for (unsigned long i = 0; i < MediaAccessorRegistryGetExtensionCount(); ++i) {
+      keys.push_back(TextOf<wchar_t>([i](wchar_t* buffer, unsigned long capacity) {
+        return MediaAccessorRegistryGetExtension(i, buffer, capacity);
+      }));
+    }
+    return keys;
+  }
+
+  const CMediaFileFactory* builtIn = nullptr;
+  FakeFactory a{{L"wav"}};
+  FakeFactory b{{L"wav"}};
+  FakeFactory d;
+};
+
+TEST_F(Registry, TheLastAddedIsTriedFirst) {
+  EXPECT_EQ(MediaAccessorRegistryAdd(&a), QVERR_OK);
+  EXPECT_EQ(MediaAccessorRegistryAdd(&b), QVERR_OK);
+  EXPECT_EQ(Candidates("x.wav"), (Factories{&b, &a, builtIn}));
+  EXPECT_EQ(MediaAccessorRegistryAdd(&a), QVERR_OK);
+  EXPECT_EQ(Candidates(L"x.wav"), (Factories{&a, &b, builtIn}));
+  EXPECT_EQ(FactoryList(), (Factories{builtIn, &a, &b, &a}));
+  EXPECT_EQ(MediaAccessorRegistryOverride("WAV", builtIn), QVERR_OK);
+  EXPECT_EQ(Candidates("x.wav"), (Factories{builtIn, &a, &b}));
+}
+
+TEST_F(Registry, AnEarlyAddFindsTheBuiltInFactoriesRegistered) {
+  MediaAccessorRegistryClear();
+  EXPECT_EQ(MediaAccessorRegistryAdd(&a), QVERR_OK);
+  EXPECT_EQ(FactoryList(), (Factories{builtIn, &a}));
+  EXPECT_EQ(Candidates("x.wav"), (Factories{&a, builtIn}));
+}
+
+TEST_F(Registry, NullFactoriesAndIndicesPastTheEnd) {
+  const CMediaFileFactory* factory = &a;
+  bool isDefault = false;
+  EXPECT_EQ(MediaAccessorRegistryAdd(nullptr), QVERR_NO_SOURCE);
+  EXPECT_EQ(MediaAccessorRegistryOverride("wav", nullptr), QVERR_NO_SOURCE);
+  EXPECT_EQ(MediaAccessorRegistryOverride(L"wav", nullptr), QVERR_NO_SOURCE);
+  EXPECT_EQ(MediaAccessorRegistrySetDefault(nullptr), QVERR_NO_SOURCE);
+  EXPECT_EQ(MediaAccessorRegistryGetFactory("x.wav", 1, factory, isDefault),
+            QVERR_INVALID_ARGUMENT);
+  EXPECT_EQ(factory, nullptr);
+  EXPECT_EQ(GetMediaFileFactory(1, factory), QVERR_INVALID_ARGUMENT);
+  EXPECT_EQ(MediaAccessorRegistryGetExtension(1, static_cast<char*>(nullptr), 0), 0U);
+}
+
+TEST_F(Registry, KeysAreFoldedNarrowly) {
+  struct Case {
+    const wchar_t* extension;
+    const wchar_t* key;
+  };
+  const Case cases[] = {
+      {L"WAV", L"wav"},
+      {L".Wav", L"wav"},
+      {L"C:\\dir\\Take.Wav", L"wav"},
+      {L"C:\\dir.x\\Name", L"name"},
+      {L"a.b.C", L"c"},
+      {L"trailing.", L""},
+      {L"\u00C1\u00C9\u00CD\u00D1\u00D3\u00DA\u00DC",
+       L"\u00E1\u00E9\u00ED\u00F1\u00F3\u00FA\u00FC"},
+      {L"\u00C4\u00C0\u00D6\u0391", L"\u00C4\u00C0\u00D6\u0391"},  // kept: not among the seven
+  };
+  for (const Case& c : cases) {
+    MediaAccessorRegistryClear();
+    MediaAccessorRegistryClear("wav", false);
+    ASSERT_EQ(MediaAccessorRegistryOverride(c.extension, &a), QVERR_OK);
+    EXPECT_EQ(Extensions(), std::vector<std::wstring>{c.key});
+  }
+}
+
+TEST_F(Registry, KeysAreOrderedBySixteenBitCodes) {
+  // U+10000 is D800 DC00 in 16-bit codes, so it stands before U+FFFD, whatever the size of wchar_t.
+  const std::vector<std::wstring> ordered = {L"a",      L"aa",         L"b",
+                                             L"\u00C4", L"\U00010000", L"\uFFFD"};
+  MediaAccessorRegistryClear("wav", false);
+  for (auto key = ordered.rbegin(); key != ordered.rend(); ++key) {
+    ASSERT_EQ(MediaAccessorRegistryOverride(key->c_str(), &a), QVERR_OK);
+  }
+  EXPECT_EQ(Extensions(), ordered);
+}
+
+TEST_F(Registry, GetExtensionReturnsTheCopiedLengthPlusOne) {
+  char narrow[8] = "#######";
+  wchar_t wide[8] = L"#######";
+  EXPECT_EQ(MediaAccessorRegistryGetExtension(0, narrow, 8), 4U);
+  EXPECT_STREQ(narrow, "wav");
+  EXPECT_EQ(MediaAccessorRegistryGetExtension(0, wide, 3), 3U);
+  EXPECT_STREQ(wide, L"wa");
+  EXPECT_EQ(MediaAccessorRegistryGetExtension(0, static_cast<wchar_t*>(nullptr), 0), 4U);
+}
+
+TEST_F(Registry, DefaultsFollowAndExclude) {
+  EXPECT_EQ(MediaAccessorRegistrySetDefault(&d, "mp3"), QVERR_OK);
+  EXPECT_EQ(MediaAccessorRegistrySetDefault(&a), QVERR_OK);
+  EXPECT_EQ(Candidates("a.mp3"), Factories{&a});
+  EXPECT_EQ(Candidates("a.ogg"), (Factories{&d, &a}));
+  EXPECT_EQ(Candidates("a.wav"), (Factories{builtIn, &d, &a}));
+  // Set again it moves to the end and keeps what it excludes.
+  EXPECT_EQ(MediaAccessorRegistrySetDefault(&d, L".OGG"), QVERR_OK);
+  EXPECT_EQ(Candidates("a.wav"), (Factories{builtIn, &a, &d}));
+  EXPECT_EQ(Candidates("a.mp3"), Factories{&a});
+  EXPECT_EQ(Candidates("a.ogg"), Factories{&a});
+  // A default that stands in the extension's own list is not repeated.
+  EXPECT_EQ(MediaAccessorRegistryOverride("wav", &d), QVERR_OK);
+  EXPECT_EQ(Candidates("a.wav"), (Factories{&d, builtIn, &a}));
+  EXPECT_EQ(MediaAccessorRegistryClearDefaults(), QVERR_OK);
+  EXPECT_EQ(Candidates("a.ogg"), Factories{});
+}
+
+TEST_F(Registry, IsDefaultIsOnlyEverSet) {
+  const CMediaFileFactory* factory = nullptr;
+  MediaAccessorRegistrySetDefault(&d);
+  bool isDefault = false;
+  EXPECT_EQ(MediaAccessorRegistryGetFactory("wav", 0, factory, isDefault), QVERR_OK);
+  EXPECT_FALSE(isDefault);
+  EXPECT_EQ(MediaAccessorRegistryGetFactory("wav", 1, factory, isDefault), QVERR_OK);
+  EXPECT_TRUE(isDefault);
+  EXPECT_EQ(MediaAccessorRegistryGetFactory("wav", 0, factory, isDefault), QVERR_OK);
+  EXPECT_TRUE(isDefault) << "the flag is not cleared for a specific candidate";
+}
+
+TEST_F(Registry, ClearingAnExtension) {
+  MediaAccessorRegistrySetDefault(&d);
+  EXPECT_EQ(MediaAccessorRegistryClear("x.WAV", false), QVERR_OK);
+  EXPECT_EQ(Candidates("a.wav"), Factories{&d});
+  EXPECT_EQ(MediaAccessorRegistryClear(L"wav", true), QVERR_OK);
+  EXPECT_EQ(Candidates("a.wav"), Factories{});
+  EXPECT_EQ(Candidates("a.other"), Factories{&d});
+  // A default that is set later has not been told.
+  MediaAccessorRegistrySetDefault(&a);
+  EXPECT_EQ(Candidates("a.wav"), Factories{&a});
+}
+
+TEST_F(Registry, AliasesCopyCandidatesOrTakeEverything) {
+  FakeFactory old;
+  MediaAccessorRegistryAdd(&a);
+  MediaAccessorRegistrySetDefault(&d);
+  MediaAccessorRegistryOverride("take", &old);
+  EXPECT_EQ(MediaAccessorRegistryAddExtensionAlias("wav", ""), QVERR_INVALID_ARGUMENT);
+  EXPECT_EQ(MediaAccessorRegistryAddExtensionAlias(L"wav", nullptr), QVERR_INVALID_ARGUMENT);
+  EXPECT_EQ(MediaAccessorRegistryAddExtensionAlias(".WAV", ".Take"), QVERR_OK);
+  EXPECT_EQ(Candidates("x.take"), (Factories{&a, builtIn, &d, &old}));
+  MediaAccessorRegistryOverride("wav", &b);
+  EXPECT_EQ(Candidates("x.take"), (Factories{&a, builtIn, &d, &old})) << "no link stays";
+  // Without an extension the whole factory list, the most recently added first; d stays a default.
+  MediaAccessorRegistryAdd(&b);
+  EXPECT_EQ(MediaAccessorRegistryAddExtensionAlias("", "any"), QVERR_OK);
+  EXPECT_EQ(Candidates("x.any"), (Factories{&b, &a, builtIn, &d}));
+  // The same for an extension without candidates.
+  MediaAccessorRegistryClearDefaults();
+  EXPECT_EQ(MediaAccessorRegistryAddExtensionAlias("none", "other"), QVERR_OK);
+  EXPECT_EQ(Candidates("x.other"), (Factories{&b, &a, builtIn}));
+}
+
+TEST_F(Registry, ClearMakesTheNextUseRegisterAgain) {
+  MediaAccessorRegistryAdd(&a);
+  EXPECT_EQ(MediaAccessorRegistryClear(), QVERR_OK);
+  EXPECT_EQ(FactoryList(), Factories{builtIn});
+  EXPECT_EQ(Candidates("x.wav"), Factories{builtIn});
+}
+
+TEST_F(Registry, InitialisationRunsOnce) {
+  MediaAccessorRegistryClear();
+  EXPECT_EQ(InitializeMediaAccessorLibrary(), QVERR_OK);
+  EXPECT_EQ(InitializeMediaAccessorLibrary(), QVERR_OK);
+  EXPECT_EQ(InitializeMediaAccessorLibrary("licensee", "key"), QVERR_OK);
+  EXPECT_EQ(FactoryList(), Factories{builtIn});
+  EXPECT_FALSE(HasFFmpegWriter());
+  EXPECT_EQ(CreateFFmpegWriterInstance(), nullptr);
+}
+
+TEST_F(Registry, FactoriesThatThrowBecomeResults) {
+  struct ThrowingFactory : FakeFactory {
+    unsigned long GetExtensionCount() const override { throw std::runtime_error("count"); }
+  } factory;
+  EXPECT_EQ(MediaAccessorRegistryAdd(&factory), QVERR_CREATE_FAILED);
+}
+
+TEST_F(Registry, BuiltInFactoriesDescribeThemselves) {
+  wchar_t wide[64];
+  char narrow[64];
+  EXPECT_EQ(builtIn->GetDescription(wide, 64), 20U);
+  EXPECT_STREQ(wide, L"Portable WAV Format");
+  EXPECT_EQ(builtIn->GetDescription(narrow, 9), 9U);
+  EXPECT_STREQ(narrow, "Portable");
+  // Extensions come with their bare length.
+  EXPECT_EQ(builtIn->GetExtensionCount(), 1U);
+  EXPECT_EQ(builtIn->GetExtension(0, static_cast<wchar_t*>(nullptr), 0), 3U);
+  EXPECT_EQ(builtIn->GetExtension(0, wide, 64), 3U);
+  EXPECT_STREQ(wide, L"WAV");
+  EXPECT_EQ(builtIn->GetExtension(0, narrow, 2), 3U);
+  EXPECT_STREQ(narrow, "W");
+  EXPECT_EQ(builtIn->GetExtension(1, narrow, 64), 0U);
+}
+
+TEST(Version, NumbersAndTextWithItsDoubledRevision) {
+  int numbers[4] = {};
+  EXPECT_EQ(MediaAccessorGetLibraryVersion(numbers[0], numbers[1], numbers[2], numbers[3]),
+            QVERR_OK);
+  EXPECT_EQ(std::vector<int>(numbers, numbers + 4), (std::vector<int>{9, 0, 0, 288}));
+  wchar_t wide[64];
+  char narrow[64];
+  EXPECT_EQ(MediaAccessorGetLibraryVersion(wide, 64), QVERR_OK);
+  EXPECT_STREQ(wide, L"9.0.0.288 (185833).288");
+  EXPECT_EQ(MediaAccessorGetLibraryVersion(narrow, 5), QVERR_OK);
+  EXPECT_STREQ(narrow, "9.0.");
+}
+
+}  // namespace

@@ -46,7 +46,8 @@ inline void Exercise(Quorvex::CMediaFile& file, std::uint8_t choice) {
   const int channels = file.GetTrackChannelCount();
   if (channels < 1 || file.GetSamplingFrequency() < 1) std::abort();
   if ((choice & 1) != 0) file.SelectChannels(nullptr, 0, kChannelModeSeparate);
-  if ((choice & 2) != 0) file.SelectChannel(choice >> 2);
+  // After a refused selection nothing is selected, and so nothing but silence is delivered.
+  const bool isRefused = (choice & 2) != 0 && file.SelectChannel(choice >> 2) != QVERR_OK;
   unsigned long long frames = 0;
   volatile int sink = 0;
   for (;;) {
@@ -64,7 +65,7 @@ inline void Exercise(Quorvex::CMediaFile& file, std::uint8_t choice) {
     frames += count;
   }
   // A reader that knows its length tells the truth about it.
-  if (estimate != frames * 1000 / file.GetSamplingFrequency()) std::abort();
+  if (!isRefused && estimate != frames * 1000 / file.GetSamplingFrequency()) std::abort();
 }
 
 }  // namespace fuzz

@@ -4,7 +4,6 @@
 #include "support/allocator.h"
 
 #include <cstdlib>
-#include <new>
 
 namespace Quorvex {
 namespace {
@@ -40,7 +39,9 @@ void* AllocatedObject::operator new(std::size_t bytes) noexcept {
   Allocator& owner = CurrentAllocator();
   void* memory = owner.Allocate(sizeof(Prefix) + bytes);
   if (memory == nullptr) return nullptr;
-  return new (memory) Prefix{&owner} + 1;
+  auto* const prefix = static_cast<Prefix*>(memory);
+  prefix->owner = &owner;
+  return prefix + 1;
 }
 
 void AllocatedObject::operator delete(void* memory) noexcept {

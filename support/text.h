@@ -1,10 +1,13 @@
 // The library's side of the text rule that interface/MediaAccessor/text.h states.
 #pragma once
 
+#include <MediaAccessor/text.h>
+
 #include <string>
 #include <string_view>
 
 #include "platform/text.h"
+#include "support/no_throw.h"
 
 namespace Quorvex {
 
@@ -13,6 +16,18 @@ namespace Quorvex {
 unsigned long CopyText(std::wstring_view text, wchar_t* buffer, unsigned long capacity) noexcept;
 /// The same, converted to narrow text and cut between characters.
 unsigned long CopyText(std::wstring_view text, char* buffer, unsigned long capacity) noexcept;
+
+/// The narrow form of a text operation that follows the rule: asks for the wide text and converts
+/// it.
+template <class WideOperation>
+unsigned long NarrowForm(const WideOperation& operation, char* buffer, unsigned long capacity) {
+  unsigned long result = 0;
+  NoThrow([&] {
+    result = CopyText(TextOf<wchar_t>(operation), buffer, capacity);
+    return QVERR_OK;
+  });
+  return result;
+}
 
 /// A caller's text as wide text; null counts as empty. May throw std::bad_alloc.
 inline std::wstring ToWide(const wchar_t* text) { return text != nullptr ? text : L""; }

@@ -13,6 +13,8 @@ namespace {
 constexpr std::uint32_t kEscapeFirst = 0xDC80;  // stands for byte 0x80
 constexpr std::uint32_t kEscapeLast = 0xDCFF;   // stands for byte 0xFF
 
+std::uint32_t CodeOf(wchar_t character) { return static_cast<char32_t>(character); }
+
 bool IsSurrogate(std::uint32_t code) { return code >= 0xD800 && code <= 0xDFFF; }
 
 // Length of the UTF-8 sequence that starts here, its code point in `code`; 0 when it is not valid
@@ -86,7 +88,7 @@ std::string Narrow(std::wstring_view wide) {
   std::string narrow;
   narrow.reserve(wide.size());
   for (const wchar_t character : wide) {
-    const auto code = static_cast<std::uint32_t>(character);
+    const std::uint32_t code = CodeOf(character);
     if (code >= kEscapeFirst && code <= kEscapeLast) {
       narrow += static_cast<char>(code - kEscapeFirst + 0x80U);
     } else if (IsSurrogate(code) || code > 0x10FFFF) {
@@ -102,7 +104,7 @@ std::u16string ToUtf16(std::wstring_view wide) {
   std::u16string units;
   units.reserve(wide.size());
   for (const wchar_t character : wide) {
-    const auto code = static_cast<std::uint32_t>(character);
+    const std::uint32_t code = CodeOf(character);
     if (code < 0x10000) {
       units += static_cast<char16_t>(code);
     } else {

@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -20,6 +21,8 @@ struct FixtureCase {
   int channels;
   const wchar_t* encoding;
 };
+
+void PrintTo(const FixtureCase& c, std::ostream* stream) { *stream << c.name; }
 
 constexpr const wchar_t* kPcm8 = L"Uncompressed unsigned 8-bit linear PCM";
 constexpr const wchar_t* kPcm16 = L"Uncompressed signed 16-bit linear PCM";
@@ -221,6 +224,23 @@ TEST_F(PortableWAV, EveryTruncationIsARefusalOrFewerFrames) {
       EXPECT_EQ(result, QVERR_BAD_FORMAT) << size;
     }
   }
+}
+
+// Files that once did harm, or that could: each is named after what is wrong with it.
+TEST_F(PortableWAV, TheFuzzingCorpus) {
+  int count = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(MEDIA_ACCESSOR_FUZZ_CORPUS)) {
+    const QVERRORCODE_TAG result = MediaFileOpen(entry.path().string().c_str(), file);
+    ++count;
+    if (result != QVERR_OK) {
+      EXPECT_EQ(result, QVERR_BAD_FORMAT) << entry.path();
+      continue;
+    }
+    const auto frames = static_cast<unsigned long>(tests::PullAll(*file).size());
+    EXPECT_EQ(file->GetMilliseconds(), frames * 1000 / file->GetSamplingFrequency())
+        << entry.path();
+  }
+  EXPECT_GT(count, 0);
 }
 
 }  // namespace

@@ -1,0 +1,32 @@
+# Fails when a source file includes a header that its directory must not know.
+#     cmake -DSOURCE=... -P check_include_rules.cmake
+#
+# Headers in angle brackets below MediaAccessor/ are the public ones, which everybody may include.
+set(allowed_in_registry "registry|formats|opus|codecs|pipeline|support|platform")
+set(allowed_in_formats "formats|codecs|compression|pipeline|support|platform")
+set(allowed_in_opus "opus|codecs|compression|pipeline|support|platform")
+set(allowed_in_codecs "codecs|pipeline|support|platform")
+set(allowed_in_compression "compression|support|platform")
+set(allowed_in_pipeline "pipeline|support")
+set(allowed_in_support "support|platform")
+set(allowed_in_platform "platform")
+set(allowed_in_interface "nothing")
+set(allowed_in_examples "nothing")
+set(allowed_in_tools "tools|platform/console.h")
+
+set(checked 0)
+foreach(directory IN ITEMS registry formats opus codecs compression pipeline support platform interface examples tools)
+  file(GLOB_RECURSE files ${SOURCE}/${directory}/*.h ${SOURCE}/${directory}/*.cpp)
+  foreach(file IN LISTS files)
+    math(EXPR checked "${checked} + 1")
+    file(STRINGS ${file} includes REGEX "^#include \"")
+    foreach(include IN LISTS includes)
+      if(NOT include MATCHES "^#include \"(${allowed_in_${directory}})[/\"]")
+        message(SEND_ERROR "${file}: ${include}")
+      endif()
+    endforeach()
+  endforeach()
+endforeach()
+if(checked LESS 40)
+  message(SEND_ERROR "only ${checked} files were found below ${SOURCE}")
+endif()

@@ -143,8 +143,8 @@ TEST_F(PortableWAV, ThirtyTwoBitSpeechFromLibsndfile) {
   const tests::Bytes raw = tests::ReadBytes(tests::Fixture("sndfile_pcm32_mono.s32"));
   std::vector<std::int64_t> samples;
   for (std::size_t i = 0; i + 3 < raw.size(); i += 4) {
-    const std::uint32_t value =
-        raw[i] | raw[i + 1] << 8 | raw[i + 2] << 16 | static_cast<std::uint32_t>(raw[i + 3]) << 24;
+    std::uint32_t value = 0;
+    for (std::size_t b = 0; b < 4; ++b) value |= std::uint32_t{raw[i + b]} << (8 * b);
     samples.push_back(static_cast<std::int32_t>(value));
   }
   std::int64_t peak = 0;

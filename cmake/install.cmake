@@ -17,5 +17,8 @@ file(WRITE ${CMAKE_CURRENT_BINARY_DIR}/MediaAccessorConfig.cmake
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/MediaAccessorConfig.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/MediaAccessorConfigVersion.cmake DESTINATION ${package_dir})
 
+# Relative, so that the installed tree can be moved.
+file(RELATIVE_PATH include_from_pkgconfig
+  ${CMAKE_INSTALL_FULL_LIBDIR}/pkgconfig ${CMAKE_INSTALL_FULL_INCLUDEDIR})
 configure_file(cmake/MediaAccessor.pc.in MediaAccessor.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/MediaAccessor.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

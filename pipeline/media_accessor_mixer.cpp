@@ -51,7 +51,7 @@ class MediaAccessorMixerImpl final : public MediaAccessorMixer, public Allocated
  private:
   bool SelectionFitsInput() const;
   void TellTarget();
-  void Mix(const short* samples, std::size_t count);
+  QVERRORCODE_TAG Mix(const short* samples, std::size_t count);
   void CopyInput(const short* samples, std::size_t count);
   std::size_t Extend(std::size_t frames, std::size_t samplesPerFrame, short*& end);
   void HandOut(const short*& samples, unsigned long& frames);
@@ -134,33 +134,36 @@ QVERRORCODE_TAG MediaAccessorMixerImpl::Write(const void* data, unsigned long co
     if (data == nullptr || count == 0) {
       return target_ != nullptr ? target_->Write(nullptr, 0) : QVERR_OK;
     }
-    if (!SelectionFitsInput()) return QVERR_UNSUPPORTED_CHANNELS;
-    Mix(static_cast<const short*>(data), count / sizeof(short));
-    if (target_ == nullptr) return QVERR_OK;
+    const QVERRORCODE_TAG mixed = Mix(static_cast<const short*>(data), count / sizeof(short));
+    if (mixed != QVERR_OK || target_ == nullptr) return mixed;
     delivered_ = true;
     return target_->Write(output_.Data(),
                           static_cast<unsigned long>(output_.Count() * sizeof(short)));
   });
 }
 
-void MediaAccessorMixerImpl::Mix(const short* samples, std::size_t count) {
-  const std::size_t frames = count / static_cast<std::size_t>(inputChannels_);
+QVERRORCODE_TAG MediaAccessorMixerImpl::Mix(const short* samples, std::size_t count) {
+  const auto channels = static_cast<std::size_t>(inputChannels_);
+  const std::size_t frames = count / channels;
   short* end = nullptr;
-  if (inputChannels_ == 1) {
+  if (channels == 1) {
     // Selection and mode play no part here, so -32768 survives.
     CopyInput(samples, count);
-  } else if (mode_ != kChannelModeSeparate) {
-    const std::size_t room = Extend(frames, 1, end);
-    const MixRule rule = mode_ == kChannelModeAverage ? MixRule::kAverage : MixRule::kSum;
-    MixCombined(rule, samples, room, inputChannels_, selected_, end);
-  } else if (GetSelectedChannelCount() != inputChannels_) {
+  } else if (mode_ == kChannelModeSeparate && selected_.size() == channels) {
+    // As many channels as came in are copied as they stand: the order of the selection is not
+    // applied, on purpose.
+    CopyInput(samples, frames * channels);
+  } else if (!SelectionFitsInput()) {
+    return QVERR_UNSUPPORTED_CHANNELS;
+  } else if (mode_ == kChannelModeSeparate) {
     const std::size_t room = Extend(frames, selected_.size(), end);
     MixSeparate(samples, room, inputChannels_, selected_, end);
   } else {
-    // As many channels as came in are copied as they stand: the order of the selection is not
-    // applied, on purpose.
-    CopyInput(samples, frames * static_cast<std::size_t>(inputChannels_));
+    const MixRule rule = mode_ == kChannelModeAverage ? MixRule::kAverage : MixRule::kSum;
+    const std::size_t room = Extend(frames, 1, end);
+    MixCombined(rule, samples, room, inputChannels_, selected_, end);
   }
+  return QVERR_OK;
 }
 
 // The output becomes a copy of the input; what memory cannot hold is dropped.

@@ -4,13 +4,27 @@
 #include <MediaAccessor/all.h>
 #include <gtest/gtest.h>
 
+#include <atomic>
 #include <cstdlib>
+#include <new>
 #include <thread>
 #include <vector>
 
 #include "support/cft_array.h"
 #include "tests/fake_media.h"
 #include "tests/test_files.h"
+#include "tests/wav_bytes.h"
+
+// Counts every allocation of this program that does not go through an Allocator.
+static std::atomic<long> globalAllocations{0};
+
+void* operator new(std::size_t bytes) {
+  ++globalAllocations;
+  if (void* memory = std::malloc(bytes > 0 ? bytes : 1)) return memory;
+  throw std::bad_alloc();
+}
+void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 
@@ -23,6 +37,7 @@ class CountingHeap final : public Allocator {
     if (budget == 0) return nullptr;
     if (budget > 0) --budget;
     ++alive;
+    ++allocations;
     return std::malloc(bytes);
   }
   void Free(void* memory) noexcept override {
@@ -31,6 +46,7 @@ class CountingHeap final : public Allocator {
   }
   int budget = -1;  // allocations; negative: no limit
   int alive = 0;
+  long allocations = 0;
 };
 
 TEST(Allocator, ObjectsReturnToTheHeapThatTheyCameFrom) {
@@ -82,6 +98,32 @@ TEST(Allocator, OpeningFailsCleanlyAtEveryAllocation) {
     EXPECT_EQ(result == QVERR_OK, file != nullptr);
     file.reset();
     EXPECT_EQ(heap.alive, 0);
+  }
+}
+
+TEST(Allocator, ReadingAllocatesForTheFirstBlockOnly) {
+  CountingHeap heap;
+  const ScopedAllocator scope(&heap);
+  const tests::TemporaryDirectory directory;
+  for (const std::uint32_t tag : {1U, 7U}) {
+    tests::WavBytes wav;
+    wav.tag = tag;
+    wav.channels = 2;
+    wav.blockAlign = tag == 1 ? 4 : 2;
+    wav.frequency = 100;
+    wav.data.resize(100 * wav.blockAlign * 5);  // five blocks
+    tests::WriteBytes(directory.File("x.wav"), wav.ToBytes());
+    MediaFilePtr file;
+    ASSERT_EQ(MediaFileOpen(directory.File("x.wav").c_str(), file), QVERR_OK);
+    const short* samples = nullptr;
+    unsigned long frames = 0;
+    ASSERT_EQ(file->ReadBlock(samples, frames), QVERR_OK);
+    const long before = heap.allocations + globalAllocations;
+    for (int block = 0; block < 4; ++block) {
+      ASSERT_EQ(file->ReadBlock(samples, frames), QVERR_OK);
+      ASSERT_EQ(frames, 100U);
+    }
+    EXPECT_EQ(heap.allocations + globalAllocations, before);
   }
 }
 

@@ -45,7 +45,8 @@ class MEDIA_ACCESSOR_API MediaAccessorMixer : public CMediaSink,
   ///               which is handed on to the target.
   /// @param count  in bytes; a last incomplete frame is ignored.
   /// @return QVERR_OK; QVERR_UNSUPPORTED_CHANNELS when the input channel count is unknown or the
-  ///         selection holds a channel that the input does not have; otherwise the target's result.
+  ///         selection holds a channel that the input does not have (it can, after a new channel
+  ///         count) and is not copied as it stands; otherwise the target's result.
   ///         Samples for which there is no memory are dropped.
   QVERRORCODE_TAG Write(const void* data, unsigned long count) override = 0;
 

@@ -9,8 +9,7 @@ namespace benchmarks {
 /// Adds a comparison.
 /// @param job   what is measured ("A-law stereo to mono").
 /// @param who   who does it ("ours", "libsndfile"). The first `who` of a job is what the others are
-/// the
-///              measure for.
+///              the measure for.
 /// @param unit  what is counted ("frame").
 /// @param run   does the job once and returns how many units it did; 0 is failure.
 void Add(const std::string& job, const std::string& who, const std::string& unit,

@@ -42,7 +42,12 @@ class GainAccessor : public CMediaAccessorDecorator {
 
   using CMediaAccessor::GetDescription;
   unsigned long GetDescription(wchar_t* buffer, unsigned long capacity) const override {
-    const std::wstring text = L"Gain";
+    std::wstring text = L"Gain, source: ";
+    if (const CMediaAccessor* source = GetSource()) {
+      text += TextOf<wchar_t>([source](wchar_t* description, unsigned long size) {
+        return source->GetDescription(description, size);
+      });
+    }
     if (buffer != nullptr && capacity > 0) {
       const std::size_t length = text.copy(buffer, capacity - 1);
       buffer[length] = L'\0';

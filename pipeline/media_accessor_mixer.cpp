@@ -3,7 +3,9 @@
 #include <MediaAccessor/media_accessor_mixer.h>
 
 #include <algorithm>
+#include <numeric>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <MediaAccessor/text.h>
@@ -70,46 +72,42 @@ bool MediaAccessorMixerImpl::SelectionFitsInput() const {
 }
 
 void MediaAccessorMixerImpl::TellTarget() {
-  if (target_ != nullptr) target_->SetChannelCount(static_cast<int>(GetChannelCount()));
+  if (target_ == nullptr) return;
+  NoThrow([this] { return target_->SetChannelCount(static_cast<int>(GetChannelCount())); });
 }
 
 QVERRORCODE_TAG MediaAccessorMixerImpl::SetChannelCount(int channels) {
   if (channels < 1) return QVERR_BAD_CHANNEL_COUNT;
   inputChannels_ = channels;
-  // Selecting tells the target too.
-  if (selected_.empty()) return SelectChannels(nullptr, 0, kChannelModeAverage);
-  return NoThrow([this] {
-    TellTarget();
-    return QVERR_OK;
-  });
+  const QVERRORCODE_TAG result =
+      selected_.empty() ? SelectChannels(nullptr, 0, kChannelModeAverage) : QVERR_OK;
+  if (result == QVERR_OK) TellTarget();
+  return result;
 }
 
 void MediaAccessorMixerImpl::SetTarget(CMediaSink* target) {
   target_ = target;
-  NoThrow([this] {
-    if (inputChannels_ > 0) TellTarget();
-    return QVERR_OK;
-  });
+  if (inputChannels_ > 0) TellTarget();
 }
 
 QVERRORCODE_TAG MediaAccessorMixerImpl::SelectChannels(const int* channels, int count, int mode) {
   return NoThrow([&] {
     selected_.clear();
     if (inputChannels_ <= 0) return QVERR_UNSUPPORTED_CHANNELS;
+    std::vector<int> selection;
     for (int i = 0; channels != nullptr && i < count; ++i) {
-      if (channels[i] >= inputChannels_) {
-        selected_.clear();
-        return QVERR_UNSUPPORTED_CHANNELS;
-      }
+      if (channels[i] >= inputChannels_) return QVERR_UNSUPPORTED_CHANNELS;
       if (channels[i] < 0) {
-        selected_.clear();
+        selection.clear();
         break;
       }
-      selected_.push_back(channels[i]);
+      selection.push_back(channels[i]);
     }
-    if (selected_.empty()) {
-      for (int channel = 0; channel < inputChannels_; ++channel) selected_.push_back(channel);
+    if (selection.empty()) {
+      selection.resize(static_cast<std::size_t>(inputChannels_));
+      std::iota(selection.begin(), selection.end(), 0);
     }
+    selected_ = std::move(selection);
     mode_ = mode;
     TellTarget();
     return QVERR_OK;
@@ -244,18 +242,15 @@ QVERRORCODE_TAG MediaAccessorMixerImpl::SetSource(CMediaAccessor* source) {
 
 unsigned long MediaAccessorMixerImpl::GetDescription(wchar_t* buffer,
                                                      unsigned long capacity) const {
-  unsigned long length = 0;
-  NoThrow([&] {
+  return NoThrowOr(0UL, [&] {
     std::wstring text(kDescription);
     if (const CMediaAccessor* source = GetSource()) {
       text += TextOf<wchar_t>([source](wchar_t* description, unsigned long size) {
         return source->GetDescription(description, size);
       });
     }
-    length = CopyText(text, buffer, capacity);
-    return QVERR_OK;
+    return CopyText(text, buffer, capacity);
   });
-  return length;
 }
 
 }  // namespace

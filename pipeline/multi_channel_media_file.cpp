@@ -27,8 +27,10 @@ MultiChannelMediaFile::~MultiChannelMediaFile() { Quorvex::Release(mixer_); }
 
 QVERRORCODE_TAG MultiChannelMediaFile::SelectChannels(const int* channels, int count, int mode) {
   if (mixer_ == nullptr) return QVERR_FILE_NOT_OPEN;
-  mixer_->SetChannelCount(GetTrackChannelCount());
-  return mixer_->SelectChannels(channels, count, mode);
+  return NoThrow([&] {
+    mixer_->SetChannelCount(GetTrackChannelCount());
+    return mixer_->SelectChannels(channels, count, mode);
+  });
 }
 
 int MultiChannelMediaFile::GetSelectedChannelCount() const {
@@ -49,16 +51,18 @@ QVERRORCODE_TAG MultiChannelMediaFile::Open(const wchar_t* path) {
   return NoThrow([&] {
     if (IsOpen()) return QVERR_ALREADY_OPEN;
     std::wstring name = ToWide(path);
-    QVERRORCODE_TAG result = OpenFormat(name.c_str());
-    if (result != QVERR_OK) return result;
-    mixer_ = MediaAccessorMixer::CreateInstance();
-    if (name.empty()) {
-      result = QVERR_BAD_FILE_NAME;
-    } else if (mixer_ == nullptr ||
-               SelectChannels(nullptr, 0, GetDefaultChannelMode()) == QVERR_CREATE_FAILED) {
-      // Only memory can be missing here; a file without channels fails when it is read.
-      result = QVERR_CREATE_FAILED;
-    }
+    const QVERRORCODE_TAG opened = OpenFormat(name.c_str());
+    if (opened != QVERR_OK) return opened;
+    // From here on a failure, thrown or returned, gives the file back to the format.
+    const QVERRORCODE_TAG result = NoThrow([&] {
+      if (name.empty()) return QVERR_BAD_FILE_NAME;
+      mixer_ = MediaAccessorMixer::CreateInstance();
+      if (mixer_ == nullptr) return QVERR_CREATE_FAILED;
+      mixer_->SetChannelCount(GetTrackChannelCount());
+      const QVERRORCODE_TAG selected = mixer_->SelectChannels(nullptr, 0, GetDefaultChannelMode());
+      // Only memory counts here: a file without channels fails when it is read.
+      return selected == QVERR_CREATE_FAILED ? selected : QVERR_OK;
+    });
     if (result == QVERR_OK) {
       fileName_ = std::move(name);
     } else {
@@ -77,8 +81,10 @@ QVERRORCODE_TAG MultiChannelMediaFile::Close() {
   if (!IsOpen()) return QVERR_FILE_NOT_OPEN;
   Quorvex::Release(std::exchange(mixer_, nullptr));
   fileName_.clear();
-  CloseFormat();
-  return QVERR_OK;
+  return NoThrow([this] {
+    CloseFormat();
+    return QVERR_OK;
+  });
 }
 
 bool MultiChannelMediaFile::IsOpen() const { return !fileName_.empty() && mixer_ != nullptr; }
@@ -109,7 +115,9 @@ QVERRORCODE_TAG MultiChannelMediaFile::ReadBlock(const short*& samples, unsigned
     if (result != QVERR_OK) return result;
     const int channels = GetTrackChannelCount();
     if (PassesThrough(*mixer_, channels)) {
-      samples = count > 0 ? block : nullptr;
+      // A block of nothing, or no block, is the end.
+      if (block == nullptr || count == 0) return QVERR_OK;
+      samples = block;
       frames = count;
       return QVERR_OK;
     }

@@ -12,7 +12,8 @@ bool IsTerminal(std::FILE* stream) noexcept;
 /// Lets a stream carry bytes as they are.
 void SetBinary(std::FILE* stream) noexcept;
 
-/// Makes a write to a closed pipe fail with an error, instead of ending the program silently.
-void ReportBrokenPipes() noexcept;
+/// Makes a write to a closed pipe, or past a limit on a file's size, fail with an error instead of
+/// ending the program silently.
+void ReportFailedWrites() noexcept;
 
 }  // namespace Quorvex::platform

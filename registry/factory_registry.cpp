@@ -96,12 +96,12 @@ void FactoryRegistry::AppendToFactoryList(const CMediaFileFactory& factory) {
   factoryList_.push_back(&factory);
 }
 
-QVERRORCODE_TAG FactoryRegistry::PutFirstForAll(const std::vector<std::wstring>& keys,
-                                                const CMediaFileFactory& factory) {
-  const RecursiveLockGuard guard(lock_, kLockLimit);
-  if (!guard) return QVERR_BUSY;
-  for (const std::wstring& key : keys) PutFirst(key, &factory);
-  return QVERR_OK;
+// Leaves the factory once at the end, whether or not the last place that it had is still there.
+void FactoryRegistry::MoveToEndOfFactoryList(const CMediaFileFactory& factory) {
+  const std::lock_guard guard(listMutex_);
+  const auto last = std::find(factoryList_.rbegin(), factoryList_.rend(), &factory);
+  if (last != factoryList_.rend()) factoryList_.erase(std::next(last).base());
+  factoryList_.push_back(&factory);
 }
 
 FactoryRegistry::Factories FactoryRegistry::CopyOfFactoryList() {
@@ -112,15 +112,25 @@ FactoryRegistry::Factories FactoryRegistry::CopyOfFactoryList() {
 QVERRORCODE_TAG FactoryRegistry::Add(const CMediaFileFactory* factory) {
   if (factory == nullptr) return QVERR_NO_SOURCE;
   const std::vector<std::wstring> keys = DeclaredKeys(*factory);
+  const unsigned long clearsBefore = clears_;
   const QVERRORCODE_TAG ready = EnsureInitialized();
   AppendToFactoryList(*factory);
-  return ready == QVERR_OK ? PutFirstForAll(keys, *factory) : ready;
+  if (ready != QVERR_OK) return ready;
+  return WithTable([&] {
+    // Cleared meanwhile: the built-in factories came back, and stand before this one in the list.
+    if (clears_ != clearsBefore) MoveToEndOfFactoryList(*factory);
+    for (const std::wstring& key : keys) PutFirst(key, factory);
+    return QVERR_OK;
+  });
 }
 
 QVERRORCODE_TAG FactoryRegistry::AddUninitialized(const CMediaFileFactory& factory) {
   const std::vector<std::wstring> keys = DeclaredKeys(factory);
   AppendToFactoryList(factory);
-  return PutFirstForAll(keys, factory);
+  const RecursiveLockGuard guard(lock_, kLockLimit);
+  if (!guard) return QVERR_BUSY;
+  for (const std::wstring& key : keys) PutFirst(key, &factory);
+  return QVERR_OK;
 }
 
 QVERRORCODE_TAG FactoryRegistry::Override(std::wstring_view extension,
@@ -191,6 +201,7 @@ QVERRORCODE_TAG FactoryRegistry::Clear() {
     factoryList_.clear();
   }
   initialized_ = false;
+  ++clears_;
   return QVERR_OK;
 }
 

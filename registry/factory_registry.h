@@ -79,9 +79,8 @@ class FactoryRegistry {
   template <class Operation>
   QVERRORCODE_TAG WithTable(const Operation& operation);
   void PutFirst(const std::wstring& key, const CMediaFileFactory* factory);
-  QVERRORCODE_TAG PutFirstForAll(const std::vector<std::wstring>& keys,
-                                 const CMediaFileFactory& factory);
   void AppendToFactoryList(const CMediaFileFactory& factory);
+  void MoveToEndOfFactoryList(const CMediaFileFactory& factory);
   Factories CopyOfFactoryList();
 
   const BuiltInRegistration registration_;
@@ -93,6 +92,7 @@ class FactoryRegistry {
   bool registering_ = false;
   QVERRORCODE_TAG registrationResult_ = QVERR_OK;
   std::atomic<bool> initialized_{false};  // written under the lock, read without it
+  std::atomic<unsigned long> clears_{0};  // how often Clear ran; written under the lock
 
   // The factory list has a lock of its own: Add appends to it outside the registry's lock, so that
   // a factory stands in it even when that lock could not be had.

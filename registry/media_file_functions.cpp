@@ -154,22 +154,19 @@ QVERRORCODE_TAG GetVideoDimensions(const Character* path, long& width, long& hei
 // Whether a candidate whose format name begins with `family` opens the file.
 template <class Character>
 bool OpensWithFamily(const Character* path, std::wstring_view family) noexcept {
-  bool opens = false;
-  NoThrow([&] {
+  return NoThrowOr(false, [&] {
     const std::wstring widePath = ToWide(path);
     CandidateList candidates;
-    const QVERRORCODE_TAG result = FindCandidates(widePath, candidates);
-    if (result != QVERR_OK) return result;
+    if (FindCandidates(widePath, candidates) != QVERR_OK) return false;
     for (const CMediaFileFactory* factory : candidates.factories) {
       const std::wstring name = TextOf<wchar_t>([&](wchar_t* buffer, unsigned long capacity) {
         return factory->GetDescription(buffer, capacity);
       });
       UnopenedFile file;
-      if (name.starts_with(family) && OpenWith(*factory, widePath, file) == QVERR_OK) opens = true;
+      if (name.starts_with(family) && OpenWith(*factory, widePath, file) == QVERR_OK) return true;
     }
-    return QVERR_OK;
+    return false;
   });
-  return opens;
 }
 
 constexpr std::wstring_view kDirectShow = L"DirectShow";

@@ -3,10 +3,9 @@
 //
 // The code words that share their high nibble (sign and segment) lie on a line:
 //
-//     value = first[high] + step[high] x low        low: the low nibble, A-law's inverted bits
-//     undone
+//     value = first[high] + step[high] x low
 //
-// so two tables of sixteen 16-bit entries, which fit the byte shuffle, replace one of 256.
+// (low: the low nibble, A-law's inverted bits undone), so two tables of sixteen 16-bit entries, which fit the byte shuffle, replace one of 256.
 #include <tmmintrin.h>
 
 #include "support/g711.h"

@@ -20,18 +20,16 @@ unsigned long CMediaFileFactory::GetDescription(char* buffer, unsigned long capa
 
 unsigned long CMediaFileFactory::GetExtension(unsigned long index, char* buffer,
                                               unsigned long capacity) const {
-  unsigned long length = 0;
-  NoThrow([&] {
+  return NoThrowOr(0UL, [&] {
     // An extension is reported by its bare length, so the rule of TextOf does not fit.
     const unsigned long wideLength = GetExtension(index, static_cast<wchar_t*>(nullptr), 0);
-    if (wideLength == 0) return QVERR_OK;
+    if (wideLength == 0) return 0UL;
     std::wstring wide(wideLength + 1, L'\0');
     wide.resize(std::min(GetExtension(index, wide.data(), wideLength + 1), wideLength));
-    length = CopyText(wide, static_cast<char*>(nullptr), 0) - 1;
+    const unsigned long length = CopyText(wide, static_cast<char*>(nullptr), 0) - 1;
     if (buffer != nullptr && capacity > 0) CopyText(wide, buffer, capacity);
-    return QVERR_OK;
+    return length;
   });
-  return length;
 }
 
 }  // namespace Quorvex

@@ -19,4 +19,12 @@ QVERRORCODE_TAG NoThrow(const Operation& operation) noexcept try {
   return QVERR_CREATE_FAILED;
 }
 
+/// The same for an operation that returns a value: an exception becomes `fallback`.
+template <class Operation, class Value>
+Value NoThrowOr(Value fallback, const Operation& operation) noexcept try {
+  return operation();
+} catch (...) {
+  return fallback;
+}
+
 }  // namespace Quorvex

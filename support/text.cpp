@@ -2,7 +2,6 @@
 #include "support/text.h"
 
 #include <algorithm>
-#include <exception>
 
 namespace Quorvex {
 namespace {
@@ -14,6 +13,17 @@ unsigned long Deliver(std::basic_string_view<Character> text, Character* buffer)
   return static_cast<unsigned long>(text.size()) + 1;
 }
 
+// The longest beginning whose narrow form leaves room for the terminator, found by bisection.
+std::wstring_view LongestFit(std::wstring_view text, unsigned long capacity) {
+  std::size_t fits = 0;
+  std::size_t tooLong = text.size();
+  while (tooLong - fits > 1) {
+    const std::size_t middle = fits + (tooLong - fits) / 2;
+    (platform::Narrow(text.substr(0, middle)).size() < capacity ? fits : tooLong) = middle;
+  }
+  return text.substr(0, fits);
+}
+
 }  // namespace
 
 unsigned long CopyText(std::wstring_view text, wchar_t* buffer, unsigned long capacity) noexcept {
@@ -21,20 +31,13 @@ unsigned long CopyText(std::wstring_view text, wchar_t* buffer, unsigned long ca
   return Deliver(text.substr(0, capacity - 1), buffer);
 }
 
-unsigned long CopyText(std::wstring_view text, char* buffer, unsigned long capacity) noexcept try {
-  std::string narrow = platform::Narrow(text);
-  if (buffer == nullptr || capacity == 0) return static_cast<unsigned long>(narrow.size()) + 1;
-  if (narrow.size() >= capacity) {
-    // A wide character takes at least one narrow one, so no more than the capacity can remain.
-    text = text.substr(0, capacity - 1);
-    for (narrow = platform::Narrow(text); narrow.size() >= capacity;
-         narrow = platform::Narrow(text)) {
-      text.remove_suffix(1);
-    }
-  }
-  return Deliver<char>(narrow, buffer);
-} catch (const std::exception&) {
-  return 0;
+unsigned long CopyText(std::wstring_view text, char* buffer, unsigned long capacity) noexcept {
+  return NoThrowOr(0UL, [&] {
+    std::string narrow = platform::Narrow(text);
+    if (buffer == nullptr || capacity == 0) return static_cast<unsigned long>(narrow.size()) + 1;
+    if (narrow.size() >= capacity) narrow = platform::Narrow(LongestFit(text, capacity));
+    return Deliver<char>(narrow, buffer);
+  });
 }
 
 }  // namespace Quorvex

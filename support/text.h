@@ -21,12 +21,7 @@ unsigned long CopyText(std::wstring_view text, char* buffer, unsigned long capac
 /// it.
 template <class WideOperation>
 unsigned long NarrowForm(const WideOperation& operation, char* buffer, unsigned long capacity) {
-  unsigned long result = 0;
-  NoThrow([&] {
-    result = CopyText(TextOf<wchar_t>(operation), buffer, capacity);
-    return QVERR_OK;
-  });
-  return result;
+  return NoThrowOr(0UL, [&] { return CopyText(TextOf<wchar_t>(operation), buffer, capacity); });
 }
 
 /// A caller's text as wide text; null counts as empty. May throw std::bad_alloc.

@@ -91,6 +91,7 @@ struct FakeFormat {
   bool createsNull = false;
   bool throwsInCreate = false;
   bool throwsInOpen = false;
+  bool throwsAfterOpen = false;  // in the channel count
   bool flagged = false;
   int channels = 2;
   unsigned long frequency = 8000;
@@ -111,7 +112,10 @@ class FakeFile : public Quorvex::MultiChannelMediaFile {
 
   unsigned long GetSamplingFrequency() const override { return format_.frequency; }
   bool IsFlagged() const override { return format_.flagged; }
-  int GetTrackChannelCount() const override { return format_.channels; }
+  int GetTrackChannelCount() const override {
+    if (format_.throwsAfterOpen) throw std::runtime_error("channels");
+    return format_.channels;
+  }
   unsigned long GetMilliseconds() const override { return format_.estimate; }
   int GetDefaultChannelMode() const override { return format_.defaultMode; }
   using MultiChannelMediaFile::GetDescription;

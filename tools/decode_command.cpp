@@ -50,22 +50,20 @@ int RunDecode(const DecodeOptions& options) {
     return kSomeFileFailed;
   }
   Output output;
-  if (!output.Open(options.output)) return kSomeFileFailed;
-  bool written = true;
   unsigned long long frames = 0;
-  result = PullAll(
-      *file, options.input,
-      [&](const short* samples, std::size_t count) {
-        written = output.Write(samples, count * sizeof *samples);
-        return written;
-      },
-      frames);
+  if (output.Open(options.output)) {
+    result = PullAll(
+        *file, options.input,
+        [&output](const short* samples, std::size_t count) {
+          return output.Write(samples, count * sizeof *samples);
+        },
+        frames);
+  }
   if (result != QVERR_OK) {
     ReportFailure(options.input, result);
     ReportError(options.input, "stopped after " + std::to_string(frames) + " frames");
   }
-  written = written && output.Finish();
-  return written && result == QVERR_OK ? kAllWentWell : kSomeFileFailed;
+  return output.Finish() && result == QVERR_OK ? kAllWentWell : kSomeFileFailed;
 }
 
 }  // namespace media_accessor_tool

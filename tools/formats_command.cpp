@@ -45,9 +45,9 @@ int RunFormats(bool json) {
     table.AddRow({extension, joined});
   }
   Output output;
-  const bool written = output.Open("-") &&
-                       output.Write(json ? list.dump(2) + "\n" : table.Text()) && output.Finish();
-  return written ? kAllWentWell : kSomeFileFailed;
+  output.Open("-");
+  output.Write(json ? list.dump(2) + "\n" : table.Text());
+  return output.Finish() ? kAllWentWell : kSomeFileFailed;
 }
 
 }  // namespace media_accessor_tool

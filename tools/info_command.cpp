@@ -78,7 +78,7 @@ class JsonReport {
     return output_.Write(separator + ToText(object));
   }
 
-  bool Finish() { return output_.Write(isFirst_ ? "[]\n" : "\n]\n"); }
+  void Finish() { output_.Write(isFirst_ ? "[]\n" : "\n]\n"); }
 
  private:
   // File names may hold bytes that are not UTF-8, which JSON cannot.
@@ -98,7 +98,7 @@ int RunInfo(const InfoOptions& options) {
     return kWrongUsage;
   }
   Output output;
-  if (!output.Open("-")) return kSomeFileFailed;
+  output.Open("-");
   JsonReport json(output);
   Table table({"FILE", "READER", "ENCODING", "HZ", "CHANNELS", "DURATION"});
   if (options.exact) table.AddColumn("EXACT");
@@ -111,15 +111,20 @@ int RunInfo(const InfoOptions& options) {
       allOpened = false;
     }
     if (options.json) {
-      if (!json.Add(path, result, facts)) return kSomeFileFailed;
+      if (!json.Add(path, result, facts)) break;
     } else if (result == QVERR_OK) {
-      table.AddRow({path, facts.reader, facts.encoding, std::to_string(facts.samplingFrequency),
-                    std::to_string(facts.channels), Duration(facts.milliseconds),
+      table.AddRow({Printable(path), facts.reader, facts.encoding,
+                    std::to_string(facts.samplingFrequency), std::to_string(facts.channels),
+                    Duration(facts.milliseconds),
                     facts.exactMilliseconds ? Duration(*facts.exactMilliseconds) : ""});
     }
   }
-  const bool written = options.json ? json.Finish() : output.Write(table.Text());
-  return written && output.Finish() && allOpened ? kAllWentWell : kSomeFileFailed;
+  if (options.json) {
+    json.Finish();
+  } else {
+    output.Write(table.Text());
+  }
+  return output.Finish() && allOpened ? kAllWentWell : kSomeFileFailed;
 }
 
 }  // namespace media_accessor_tool

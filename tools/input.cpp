@@ -45,7 +45,7 @@ QVERRORCODE_TAG OpenFile(const std::string& path, const CMediaFileFactory* reade
 QVERRORCODE_TAG PullAll(CMediaFile& file, const std::string& name,
                         const std::function<bool(const short*, std::size_t)>& take,
                         unsigned long long& frames) {
-  Progress progress(name, file.GetMilliseconds());
+  Progress progress(Printable(name), file.GetMilliseconds());
   const unsigned long frequency = file.GetSamplingFrequency();
   frames = 0;
   for (;;) {
@@ -65,8 +65,23 @@ void ReportFailure(const std::string& path, QVERRORCODE_TAG result) {
                         MediaAccessorGetResultMeaning(result));
 }
 
+std::string Printable(const std::string& text) {
+  std::string printable;
+  for (const char character : text) {
+    const auto code = static_cast<unsigned char>(character);
+    if (code >= 0x20 && code != 0x7F) {
+      printable += character;
+    } else {
+      char escape[8];
+      std::snprintf(escape, sizeof escape, "\\x%02x", static_cast<unsigned>(code));
+      printable += escape;
+    }
+  }
+  return printable;
+}
+
 void ReportError(const std::string& subject, const std::string& text) {
-  std::fprintf(stderr, "media-accessor: %s: %s\n", subject.c_str(), text.c_str());
+  std::fprintf(stderr, "media-accessor: %s: %s\n", Printable(subject).c_str(), text.c_str());
 }
 
 }  // namespace media_accessor_tool

@@ -27,6 +27,10 @@ Quorvex::QVERRORCODE_TAG PullAll(Quorvex::CMediaFile& file, const std::string& n
 /// One line on standard error: file, code, its name and its meaning.
 void ReportFailure(const std::string& path, Quorvex::QVERRORCODE_TAG result);
 
+/// Text with its control characters spelled out, so that no file name can disturb a line or a
+/// terminal.
+std::string Printable(const std::string& text);
+
 /// One line on standard error in the same shape, with a text of its own.
 void ReportError(const std::string& subject, const std::string& text);
 

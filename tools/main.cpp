@@ -3,22 +3,37 @@
 #include <MediaAccessor/library.h>
 
 #include <CLI/CLI.hpp>
+#include <charconv>
+#include <cstdio>
 #include <exception>
+#include <sstream>
+#include <string_view>
 
 #include "platform/console.h"
 #include "tools/commands.h"
 #include "tools/input.h"
+#include "tools/output.h"
 
 namespace media_accessor_tool {
 namespace {
 
-constexpr const char* kReaderHelp = "Open with this reader alone, by its format name";
+// Channel numbers from 0, with a comma between two. False for anything else.
+bool ParseChannels(std::string_view text, std::vector<int>& channels) {
+  channels.clear();
+  for (;;) {
+    int channel = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), channel);
+    if (error != std::errc() || channel < 0) return false;
+    channels.push_back(channel);
+    text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+    if (text.empty()) return true;
+    if (text.front() != ',') return false;
+    text.remove_prefix(1);
+  }
+}
 
-// Empty when the text is a channel number.
-std::string CheckChannel(const std::string& text) {
-  int channel = 0;
-  const bool isNumber = CLI::detail::lexical_cast(text, channel);
-  return isNumber && channel >= 0 ? "" : "channels are numbers from 0, not \"" + text + "\"";
+std::string CheckReader(const std::string& name) {
+  return name.empty() ? "a reader has a name" : "";
 }
 
 std::string Version() {
@@ -27,12 +42,18 @@ std::string Version() {
   return std::string("media-accessor ") + text;
 }
 
+void AddReader(CLI::App& command, std::string& reader) {
+  command.add_option("--reader", reader, "Open with this reader alone, by its format name")
+      ->check(CLI::Validator(CheckReader, ""))
+      ->type_name("NAME");
+}
+
 void AddInfo(CLI::App& app, int& exitCode) {
   auto options = std::make_shared<InfoOptions>();
   CLI::App* command = app.add_subcommand("info", "Print the facts of media files");
   command->add_flag("--json", options->json, "Print a JSON array with one object a file");
   command->add_flag("--exact", options->exact, "Also count the length by decoding");
-  command->add_option("--reader", options->reader, kReaderHelp)->type_name("NAME");
+  AddReader(*command, options->reader);
   command->add_option("FILE", options->files, "Media files")->required()->type_name("");
   command->callback([options, &exitCode] { exitCode = RunInfo(*options); });
 }
@@ -46,11 +67,16 @@ void AddDecode(CLI::App& app, int& exitCode) {
       ->required()
       ->type_name("OUT");
   command
-      ->add_option("--channels", options->channels,
-                   "Channels to use, from 0, such as 0,1 (default: all)")
-      ->delimiter(',')
-      ->allow_extra_args(false)  // else it would take FILE for one more channel
-      ->check(CLI::Validator(CheckChannel, ""))
+      ->add_option_function<std::string>(
+          "--channels",
+          [options](const std::string& text) {
+            if (!ParseChannels(text, options->channels)) {
+              throw CLI::ValidationError(
+                  "--channels",
+                  "channels are numbers from 0, such as 0,1, not \"" + Printable(text) + "\"");
+            }
+          },
+          "Channels to use, from 0, such as 0,1 (default: all)")
       ->type_name("LIST");
   command
       ->add_option("--mode", options->mode,
@@ -59,7 +85,7 @@ void AddDecode(CLI::App& app, int& exitCode) {
                    "selection keeps the file's order")
       ->check(CLI::IsMember({"average", "sum", "separate"}))
       ->type_name("MODE");
-  command->add_option("--reader", options->reader, kReaderHelp)->type_name("NAME");
+  AddReader(*command, options->reader);
   command->callback([options, &exitCode] { exitCode = RunDecode(*options); });
 }
 
@@ -69,6 +95,19 @@ void AddFormats(CLI::App& app, int& exitCode) {
       app.add_subcommand("formats", "List file name extensions and the readers tried for each");
   command->add_flag("--json", *json, "Print a JSON array with one object an extension");
   command->callback([json, &exitCode] { exitCode = RunFormats(*json); });
+}
+
+// Help and the version are errors too, to the parser: their text goes to standard output.
+int PrintParseResult(CLI::App& app, const CLI::ParseError& error) {
+  std::ostringstream out;
+  std::ostringstream err;
+  const bool isUsageError = app.exit(error, out, err) != 0;
+  std::fputs(err.str().c_str(), stderr);
+  if (isUsageError) return kWrongUsage;
+  Output output;
+  output.Open("-");
+  output.Write(out.str());
+  return output.Finish() ? kAllWentWell : kSomeFileFailed;
 }
 
 int Run(int argc, char** argv) {
@@ -83,7 +122,7 @@ int Run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kAllWentWell : kWrongUsage;
+    return PrintParseResult(app, error);
   }
   return exitCode;
 }
@@ -92,7 +131,7 @@ int Run(int argc, char** argv) {
 }  // namespace media_accessor_tool
 
 int main(int argc, char** argv) {
-  Quorvex::platform::ReportBrokenPipes();
+  Quorvex::platform::ReportFailedWrites();
   try {
     return media_accessor_tool::Run(argc, argv);
   } catch (const std::exception& error) {

@@ -3,6 +3,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 #include "platform/console.h"
 #include "tools/input.h"
@@ -16,12 +17,8 @@ Output::~Output() {
 bool Output::Open(const std::string& path) {
   const bool isStandard = path == "-";
   name_ = isStandard ? "standard output" : path;
-  if (isStandard) {
-    Quorvex::platform::SetBinary(stdout);
-    stream_ = stdout;
-  } else {
-    stream_ = std::fopen(path.c_str(), "wb");
-  }
+  if (isStandard) Quorvex::platform::SetBinary(stdout);
+  stream_ = isStandard ? stdout : std::fopen(path.c_str(), "wb");
   return stream_ != nullptr || Fail();
 }
 
@@ -31,15 +28,16 @@ bool Output::Write(const void* data, std::size_t bytes) {
 }
 
 bool Output::Finish() {
-  if (stream_ == nullptr) return false;
-  if (std::fflush(stream_) != 0) return Fail();
-  std::FILE* const stream = stream_;
-  stream_ = nullptr;
-  return stream == stdout || std::fclose(stream) == 0 || Fail();
+  if (stream_ != nullptr && std::fflush(stream_) != 0) Fail();
+  if (std::FILE* const stream = std::exchange(stream_, nullptr); stream != nullptr) {
+    if (stream != stdout && std::fclose(stream) != 0) Fail();
+  }
+  if (!failure_.empty()) ReportError(name_, failure_);
+  return failure_.empty();
 }
 
 bool Output::Fail() {
-  ReportError(name_, std::string("cannot be written: ") + std::strerror(errno));
+  failure_ = std::string("cannot be written: ") + std::strerror(errno);
   if (stream_ != nullptr && stream_ != stdout) std::fclose(stream_);
   stream_ = nullptr;
   return false;

@@ -7,8 +7,8 @@
 
 namespace media_accessor_tool {
 
-/// A stream of bytes to a file or, for "-", to standard output. The first failure is reported on
-/// standard error; after it everything is false.
+/// A stream of bytes to a file or, for "-", to standard output. After the first failure everything
+/// is false; Finish says on standard error what it was.
 class Output {
  public:
   Output() = default;
@@ -20,13 +20,15 @@ class Output {
   bool Open(const std::string& path);
   bool Write(const void* data, std::size_t bytes);
   bool Write(const std::string& text) { return Write(text.data(), text.size()); }
-  /// Ends the output. True only when everything has arrived.
+  /// Ends the output. True only when everything has arrived. To be called once, at the end, also
+  /// after a failure.
   bool Finish();
 
  private:
   bool Fail();
 
   std::string name_;
+  std::string failure_;  // empty: none so far
   std::FILE* stream_ = nullptr;
 };
 

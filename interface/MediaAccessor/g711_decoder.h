@@ -29,7 +29,8 @@ class MEDIA_ACCESSOR_API CG711Decoder : public CMediaSink {
   /// @param count  in FRAMES. The target is given count x 2, whatever the channel count: that unit
   ///               is wanted. A count of 0 forwards an empty block.
   /// @return the target's result; QVERR_INVALID_ARGUMENT until law, channel count and target are
-  ///         set, or for null data; QVERR_CREATE_FAILED when memory runs out.
+  ///         set, for null data, or when count x 2 does not fit its type; QVERR_CREATE_FAILED when
+  ///         memory runs out.
   QVERRORCODE_TAG Write(const void* data, unsigned long count) override = 0;
 
   /// Chooses the law. @return QVERR_OK for kSelectALaw and kSelectMuLaw; QVERR_INVALID_ARGUMENT for

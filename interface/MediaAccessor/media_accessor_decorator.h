@@ -27,7 +27,7 @@ class MEDIA_ACCESSOR_API CMediaAccessorDecorator : public CMediaAccessor {
   /// Attaches a source and rebuilds the decorator's state from the source's format.
   /// @param source  not owned; it must outlive its use here.
   /// @return QVERR_OK; QVERR_NO_SOURCE for null and QVERR_INVALID_ARGUMENT for a source that
-  ///         answers true to IsFlagged(), neither of which changes anything.
+  ///         answers true to IsFlagged() or is this object itself, none of which changes anything.
   virtual QVERRORCODE_TAG SetSource(CMediaAccessor* source) = 0;
 
   /// The attached source, null when there is none. Not owned by the caller either.

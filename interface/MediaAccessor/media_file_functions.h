@@ -27,9 +27,8 @@ class CMediaFile;
 /// @param file           receives the open file, owned by the caller, who ends it with
 ///                       MediaFileClose; null on failure.
 /// @param refuseFlagged  a file whose accessor answers true to IsFlagged() is not handed out:
-/// `file`
-///                       stays null and the result is QVERR_OK. That is wanted: who passes true
-///                       looks at both.
+///                       `file` stays null and the result is QVERR_OK. That is wanted: who passes
+///                       true looks at both.
 MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileOpen(const char* path, CMediaFile*& file,
                                                  bool refuseFlagged = false) noexcept;
 MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileOpen(const wchar_t* path, CMediaFile*& file,
@@ -37,8 +36,7 @@ MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileOpen(const wchar_t* path, CMediaFile
 
 /// Closes a file, if it is open, and ends the object.
 /// @return QVERR_OK; QVERR_INVALID_ARGUMENT for null; the failure of Close, after which the object
-/// is
-///         gone all the same.
+///         is gone all the same.
 MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaFileClose(CMediaFile* file) noexcept;
 
 /// The length of a file's audio.

@@ -17,11 +17,9 @@ class MEDIA_ACCESSOR_API CMediaFileWriter : public CMediaSink {
   /// @param source   not owned; read to its end.
   /// @param path     null counts as empty.
   /// @param replace  whether an existing file is replaced; when it is false and the file exists,
-  /// the
-  ///                 result is QVERR_FILE_CREATE_FAILED and the file is left alone.
+  ///                 the result is QVERR_FILE_CREATE_FAILED and the file is left alone.
   /// @return QVERR_OK; QVERR_NO_SOURCE for a null source; QVERR_BAD_FILE_NAME for an empty path;
-  /// the
-  ///         source's failure as it is; the format's own codes.
+  ///         the source's failure as it is; the format's own codes.
   virtual QVERRORCODE_TAG WriteFile(CMediaAccessor* source, const char* path, bool replace) = 0;
   /// The same for a wide path.
   virtual QVERRORCODE_TAG WriteFile(CMediaAccessor* source, const wchar_t* path, bool replace) = 0;

@@ -27,8 +27,7 @@ class MEDIA_ACCESSOR_API CMediaSink {
 
   /// Takes a block.
   /// @param data   belongs to the producer, valid during the call. Null with a count of 0 is the
-  /// end
-  ///               of the stream.
+  ///               end of the stream.
   /// @param count  in the producer's unit (see above).
   /// @return QVERR_OK, or the code with which the sink ends the transfer; producers pass it on.
   virtual QVERRORCODE_TAG Write(const void* data, unsigned long count) = 0;

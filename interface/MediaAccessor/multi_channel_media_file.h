@@ -10,7 +10,7 @@ namespace Quorvex {
 class MediaAccessorMixer;
 
 /// Turns a format that delivers interleaved 16-bit blocks of all its channels into a CMediaFile
-/// whose caller chooses channels. A reader that derives from it supplies six operations:
+/// whose caller chooses channels. A reader that derives from it supplies these operations:
 ///
 ///     OpenFormat, ReadRawBlock      the format itself (CMediaFile)
 ///     CloseFormat                   the counterpart of OpenFormat
@@ -18,7 +18,8 @@ class MediaAccessorMixer;
 ///     GetDescription (wide)         the format's name
 ///
 /// and, where the base's answer does not fit, GetFormatDescription (wide) and
-/// GetDefaultChannelMode.
+/// GetDefaultChannelMode. A reader whose SelectTrack changes the channel count calls SelectChannels
+/// there: the selection is checked against the count of that moment.
 class MEDIA_ACCESSOR_API MultiChannelMediaFile : public CMediaFile {
  public:
   using CMediaAccessor::GetDescription;

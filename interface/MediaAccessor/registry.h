@@ -3,9 +3,8 @@
 // An extension key is made of an extension or a path alike: the text after the last dot, or after
 // the last separator when that comes later, in lower case. Only A-Z and the seven capitals U+00C1,
 // U+00C9, U+00CD, U+00D1, U+00D3, U+00DA and U+00DC are lowered: that narrow set is wanted. "wav",
-// ".WAV" and
-// "/dir/Take.Wav" are the key "wav"; "name" is the key "name". A separator is '\', on Linux also
-// '/'.
+// ".WAV" and "/dir/Take.Wav" are the key "wav"; "name" is the key "name". A separator is '\', on
+// Linux also '/'.
 //
 // The candidates for a key are the factories registered for it, the most recently added or
 // overridden first, then the default factories in the order in which they were set, but for those
@@ -103,6 +102,8 @@ MediaAccessorRegistryGetFactory(const wchar_t* pathOrExtension, unsigned long in
                                 const CMediaFileFactory*& factory, bool& isDefault) noexcept;
 
 /// Number of factories in the factory list, which keeps every Add in its order, repeats included.
+/// The list has a lock of its own: the registry's is needed only while the built-in factories are
+/// still to be registered.
 MEDIA_ACCESSOR_API unsigned long GetMediaFileFactoryCount() noexcept;
 
 /// A factory of the factory list.

@@ -2,7 +2,8 @@
 //
 // Wide text is the platform's wchar_t. Narrow text is UTF-8 on Linux and the ANSI code page on
 // Windows. On Linux no file name is lost: a byte that is not valid UTF-8 travels as one wide
-// character U+DC80..U+DCFF and comes back as that byte.
+// character U+DC80..U+DCFF and comes back as that byte. A wide character that narrow text cannot
+// hold becomes '?', except in the name of a file to open: no file has such a name.
 //
 // A text operation copies into the caller's buffer, whose capacity is counted in characters with
 // the terminator included. The copy is cut to fit, always terminated, and never ends inside a

@@ -11,6 +11,9 @@ bool IsTerminal(std::FILE* stream) noexcept { return ::isatty(::fileno(stream)) 
 
 void SetBinary(std::FILE*) noexcept {}
 
-void ReportBrokenPipes() noexcept { std::signal(SIGPIPE, SIG_IGN); }
+void ReportFailedWrites() noexcept {
+  std::signal(SIGPIPE, SIG_IGN);
+  std::signal(SIGXFSZ, SIG_IGN);
+}
 
 }  // namespace Quorvex::platform

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <limits>
+#include <string>
 
 #include "platform/text.h"
 
@@ -14,8 +15,11 @@ namespace Quorvex::platform {
 
 bool InputFile::Open(const wchar_t* path) {
   Close();
+  const std::string name = Narrow(path);
+  // A name that cannot be told to the system is not the name of another file.
+  if (Widen(name) != path) return false;
   // O_NONBLOCK: opening a pipe that nobody writes to must not wait. Regular files ignore it.
-  const int descriptor = ::open(Narrow(path).c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  const int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return false;
   struct stat status {};
   if (::fstat(descriptor, &status) != 0 || !S_ISREG(status.st_mode)) {

@@ -78,6 +78,13 @@ TEST(PortableWAVHeader, OneFieldWrongAtATime) {
   }
 }
 
+TEST(PortableWAVHeader, AnEndlessWalkEnds) {
+  WavBytes wav;
+  for (int i = 0; i < 100'000; ++i) wav.beforeFormat += WavBytes::Chunk("JUNK", "");
+  PortableWAVHeader header;
+  EXPECT_EQ(Parse(wav.ToBytes(), header), QVERR_BAD_FORMAT);
+}
+
 TEST(PortableWAVHeader, Facts) {
   WavBytes wav;
   wav.tag = 7;

@@ -156,7 +156,7 @@ TEST_F(Mixer, TheTargetIsPushedBytesAndToldTheChannelCount) {
   EXPECT_TRUE(sink.channelCounts.empty());
   mixer->SetChannelCount(3);
   Select({0, 2}, kChannelModeSeparate);
-  EXPECT_EQ(sink.channelCounts, (std::vector<int>{1, 2}));
+  EXPECT_EQ(sink.channelCounts, (std::vector<int>{1, 1, 2}));
   EXPECT_EQ(Push({1, 2, 3, 4, 5, 6}), QVERR_OK);
   EXPECT_EQ(Push({7, 8, 9}), QVERR_OK);
   EXPECT_EQ(sink.counts, (std::vector<unsigned long>{8, 4}));
@@ -172,6 +172,7 @@ TEST_F(Mixer, PullsFromASource) {
   EXPECT_EQ(mixer->SetSource(nullptr), QVERR_NO_SOURCE);
   source.flagged = true;
   EXPECT_EQ(mixer->SetSource(&source), QVERR_INVALID_ARGUMENT);
+  EXPECT_EQ(mixer->SetSource(mixer.get()), QVERR_INVALID_ARGUMENT) << "no circles";
   EXPECT_EQ(mixer->GetSource(), nullptr);
   EXPECT_FALSE(mixer->IsFlagged());
   EXPECT_EQ(mixer->GetSamplingFrequency(), 0U);

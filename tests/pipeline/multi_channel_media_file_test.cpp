@@ -59,6 +59,19 @@ TEST_F(MultiChannelFile, Lifecycle) {
   EXPECT_STREQ(name, "z");
 }
 
+// A reader of an application's own may throw anywhere.
+TEST_F(MultiChannelFile, WhatAReaderThrowsBecomesAResult) {
+  format.throwsAfterOpen = true;
+  EXPECT_EQ(file.Open("x"), QVERR_CREATE_FAILED);
+  EXPECT_FALSE(file.IsOpen());
+  EXPECT_EQ(format.closed, 1);
+  format.throwsAfterOpen = false;
+  EXPECT_EQ(file.Open("x"), QVERR_OK);
+  format.throwsAfterOpen = true;
+  EXPECT_EQ(file.SelectChannel(0), QVERR_CREATE_FAILED);
+  EXPECT_EQ(file.Close(), QVERR_OK);
+}
+
 TEST_F(MultiChannelFile, AllChannelsAveragedUnlessChosenOtherwise) {
   format.blocks = {{3, -4, -32768, -32768}};
   file.Open("x");

@@ -187,4 +187,14 @@ TEST_F(MediaFileFunctions, FileNamesOutsideAsciiOpen) {
   }
 }
 
+// A name that no file can have is not the name of a file with a question mark.
+TEST_F(MediaFileFunctions, NamesThatTheSystemCannotHoldAreRefused) {
+  const tests::TemporaryDirectory directory;
+  tests::WriteBytes(directory.File("?.wav"), tests::ReadBytes(tests::Fixture("sox_pcm8_mono.wav")));
+  const std::string narrow = directory.File("");
+  const std::wstring path = std::wstring(narrow.begin(), narrow.end()) + wchar_t{0xD800} + L".wav";
+  EXPECT_EQ(MediaFileOpen(path.c_str(), file), QVERR_FILE_OPEN_FAILED);
+  EXPECT_EQ(file, nullptr);
+}
+
 }  // namespace

@@ -14,14 +14,15 @@ using tests::Fixture;
 
 class Program : public testing::Test {
  protected:
-  // Runs the program with arguments that the shell reads; returns its exit code.
-  int Run(const std::string& arguments) {
-    const std::string out = directory.File("out.txt");
+  // Runs the program with arguments that the shell reads, its output into a file of the test's own
+  // or a given one; returns its exit code.
+  int Run(const std::string& arguments, const std::string& into = "") {
+    const std::string out = into.empty() ? directory.File("out.txt") : into;
     const std::string err = directory.File("err.txt");
     const std::string command = std::string("\"") + MEDIA_ACCESSOR_PROGRAM + "\" " + arguments +
                                 " > \"" + out + "\" 2> \"" + err + "\"";
     const int status = std::system(command.c_str());
-    output = Text(out);
+    output = into.empty() ? Text(out) : "";
     errors = Text(err);
     return WEXITSTATUS(status);
   }
@@ -130,7 +131,13 @@ TEST_F(Program, AFullDiskAndAClosedPipeAreReported) {
   EXPECT_EQ(Run("decode -o /dev/full" + input), 1);
   EXPECT_NE(errors.find("/dev/full: cannot be written: No space left"), std::string::npos)
       << errors;
-  EXPECT_EQ(Run("info" + input + "> /dev/full; test $? = 1"), 0);
+  for (const std::string& arguments :
+       {"info" + input, std::string("--help"), std::string("info --help"), std::string("--version"),
+        std::string("formats")}) {
+    EXPECT_EQ(Run(arguments, "/dev/full"), 1) << arguments;
+    EXPECT_NE(errors.find("standard output: cannot be written: No space left"), std::string::npos)
+        << arguments;
+  }
   // The reading end is gone before the first write.
   const std::string command = "{ sleep 0.2; \"" + std::string(MEDIA_ACCESSOR_PROGRAM) +
                               "\" decode -o -" + input + "2> \"" + directory.File("pipe.txt") +
@@ -147,8 +154,9 @@ TEST_F(Program, WrongUsage) {
   for (const std::string& arguments :
        {std::string(""), std::string("unknown"), std::string("info"), "decode" + input,
         "decode -o - --mode loud" + input, "decode -o - --channels x" + input,
-        "decode -o - --channels=-1" + input, "info --reader nobody" + input,
-        "decode -o - --reader nobody" + input}) {
+        "decode -o - --channels=-1" + input, "decode -o - --channels 0,," + input,
+        "decode -o - --channels 0x1" + input, "info --reader ''" + input,
+        "info --reader nobody" + input, "decode -o - --reader nobody" + input}) {
     EXPECT_EQ(Run(arguments), 2) << arguments;
     EXPECT_EQ(output, "") << arguments;
     EXPECT_NE(errors, "") << arguments;

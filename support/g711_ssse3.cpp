@@ -5,7 +5,8 @@
 //
 //     value = first[high] + step[high] x low
 //
-// (low: the low nibble, A-law's inverted bits undone), so two tables of sixteen 16-bit entries, which fit the byte shuffle, replace one of 256.
+// (low: the low nibble, A-law's inverted bits undone), so two tables of sixteen 16-bit entries,
+// which fit the byte shuffle, replace one of 256.
 #include <tmmintrin.h>
 
 #include "support/g711.h"

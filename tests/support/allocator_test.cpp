@@ -18,13 +18,14 @@
 // Counts every allocation of this program that does not go through an Allocator.
 static std::atomic<long> globalAllocations{0};
 
-void* operator new(std::size_t bytes) {
+// Not inlined: the compiler would see half of a pair and warn of the other.
+[[gnu::noinline]] void* operator new(std::size_t bytes) {
   ++globalAllocations;
   if (void* memory = std::malloc(bytes > 0 ? bytes : 1)) return memory;
   throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 namespace {
 

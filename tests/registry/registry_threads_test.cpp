@@ -107,6 +107,29 @@ TEST_F(HeldRegistry, EveryOperationGivesUp) {
   EXPECT_TRUE(candidates.factories.empty());
 }
 
+// An Add that is overtaken by a Clear ends as if it had come after it.
+TEST(RegistryThreads, AnAddThatMeetsAClear) {
+  static const FakeFactory builtIn({L"fake"});
+  FactoryRegistry registry([](FactoryRegistry& r) { return r.AddUninitialized(builtIn); });
+  const FakeFactory mine({L"fake"});
+  std::vector<const CMediaFileFactory*> list;
+  ASSERT_EQ(registry.Initialize(), QVERR_OK);
+  ASSERT_TRUE(registry.Lock().Acquire(1));
+  std::thread adding([&] { EXPECT_EQ(registry.Add(&mine), QVERR_OK); });
+  while (list.size() < 2) {  // it now waits for the lock
+    ASSERT_EQ(registry.GetFactoryList(list), QVERR_OK);
+    std::this_thread::yield();
+  }
+  EXPECT_EQ(registry.Clear(), QVERR_OK);
+  registry.Lock().Release();
+  adding.join();
+  EXPECT_EQ(registry.GetFactoryList(list), QVERR_OK);
+  EXPECT_EQ(list, (std::vector<const CMediaFileFactory*>{&builtIn, &mine}));
+  CandidateList candidates;
+  EXPECT_EQ(registry.GetCandidates(L"fake", candidates), QVERR_OK);
+  EXPECT_EQ(candidates.factories, (std::vector<const CMediaFileFactory*>{&mine, &builtIn}));
+}
+
 // The exported counting and text functions give 0 instead of a code.
 TEST(RegistryThreads, ExportedFunctionsOnAHeldLock) {
   MediaAccessorRegistryClear();

@@ -19,6 +19,9 @@ namespace Quorvex {
 /// -32768, on purpose. Nothing is clipped where channels are kept apart or the input has one
 /// channel.
 ///
+/// After a refused selection nothing is selected: combining nothing is silence, keeping nothing
+/// apart delivers blocks of 0 frames, until something is selected.
+///
 /// Until it knows its input channel count every operation but the selection queries returns
 /// QVERR_UNSUPPORTED_CHANNELS.
 ///

@@ -20,9 +20,10 @@ class MEDIA_ACCESSOR_API CMediaFile : public MediaAccessorChannelSelector, publi
   /// Opens a file for reading.
   /// @param path  null counts as empty.
   /// @return QVERR_OK; QVERR_ALREADY_OPEN on an open object, whose file stays open;
-  ///         QVERR_FILE_OPEN_FAILED when the file cannot be opened; QVERR_BAD_FORMAT when it is not
-  ///         of this format or cannot be decoded; QVERR_BAD_FILE_NAME when a format opens an empty
-  ///         path; QVERR_CREATE_FAILED when memory runs out.
+  ///         QVERR_FILE_OPEN_FAILED when the file cannot be opened, which for the built-in readers
+  ///         is anything but a regular file; QVERR_BAD_FORMAT when it is not of this format or
+  ///         cannot be decoded; QVERR_BAD_FILE_NAME when a format opens an empty path;
+  ///         QVERR_CREATE_FAILED when memory runs out.
   virtual QVERRORCODE_TAG Open(const wchar_t* path) = 0;
   /// The same for a narrow path, which is widened.
   virtual QVERRORCODE_TAG Open(const char* path) = 0;

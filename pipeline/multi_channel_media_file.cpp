@@ -58,8 +58,8 @@ QVERRORCODE_TAG MultiChannelMediaFile::Open(const wchar_t* path) {
       if (name.empty()) return QVERR_BAD_FILE_NAME;
       mixer_ = MediaAccessorMixer::CreateInstance();
       if (mixer_ == nullptr) return QVERR_CREATE_FAILED;
-      mixer_->SetChannelCount(GetTrackChannelCount());
-      const QVERRORCODE_TAG selected = mixer_->SelectChannels(nullptr, 0, GetDefaultChannelMode());
+      const QVERRORCODE_TAG selected =
+          MultiChannelMediaFile::SelectChannels(nullptr, 0, GetDefaultChannelMode());
       // Only memory counts here: a file without channels fails when it is read.
       return selected == QVERR_CREATE_FAILED ? selected : QVERR_OK;
     });
@@ -100,8 +100,6 @@ unsigned long MultiChannelMediaFile::GetFileName(char* buffer, unsigned long cap
 unsigned long MultiChannelMediaFile::GetChannelCount() const {
   return mixer_ != nullptr ? mixer_->GetChannelCount() : 0;
 }
-
-bool MultiChannelMediaFile::IsFlagged() const { return false; }
 
 QVERRORCODE_TAG MultiChannelMediaFile::ReadBlock(const short*& samples, unsigned long& frames,
                                                  void* context) {

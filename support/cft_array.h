@@ -51,10 +51,6 @@ class CFTarray {
   bool IsEmpty() const noexcept { return count_ == 0; }
   Element& operator[](std::size_t index) noexcept { return data_[index]; }
   const Element& operator[](std::size_t index) const noexcept { return data_[index]; }
-  Element* begin() noexcept { return data_; }
-  Element* end() noexcept { return data_ + count_; }
-  const Element* begin() const noexcept { return data_; }
-  const Element* end() const noexcept { return data_ + count_; }
 
   /// Makes room for `count` elements. False, with the array unchanged, when there is no memory.
   bool Reserve(std::size_t count) noexcept {

@@ -31,9 +31,7 @@ bool IsSameFile(const std::string& input, const std::string& output) {
 
 int RunDecode(const DecodeOptions& options) {
   const CMediaFileFactory* reader = nullptr;
-  if (!options.reader.empty() && (reader = FindReader(options.reader)) == nullptr) {
-    return kWrongUsage;
-  }
+  if (!FindReader(options.reader, reader)) return kWrongUsage;
   if (IsSameFile(options.input, options.output)) {
     ReportError(options.output, "is the input file");
     return kWrongUsage;

@@ -94,9 +94,7 @@ class JsonReport {
 
 int RunInfo(const InfoOptions& options) {
   const CMediaFileFactory* reader = nullptr;
-  if (!options.reader.empty() && (reader = FindReader(options.reader)) == nullptr) {
-    return kWrongUsage;
-  }
+  if (!FindReader(options.reader, reader)) return kWrongUsage;
   Output output;
   output.Open("-");
   JsonReport json(output);

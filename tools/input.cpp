@@ -18,18 +18,19 @@ std::string FormatName(const CMediaFileFactory& factory) {
   });
 }
 
-const CMediaFileFactory* FindReader(const std::string& formatName) {
+bool FindReader(const std::string& formatName, const CMediaFileFactory*& reader) {
+  reader = nullptr;
+  if (formatName.empty()) return true;
   std::string known;
   const unsigned long count = GetMediaFileFactoryCount();
   for (unsigned long index = 0; index < count; ++index) {
-    const CMediaFileFactory* factory = nullptr;
-    if (GetMediaFileFactory(index, factory) != QVERR_OK) continue;
-    const std::string name = FormatName(*factory);
-    if (name == formatName) return factory;
+    if (GetMediaFileFactory(index, reader) != QVERR_OK) continue;
+    const std::string name = FormatName(*reader);
+    if (name == formatName) return true;
     known += (known.empty() ? "\"" : ", \"") + name + "\"";
   }
   ReportError("--reader", "no reader is called \"" + formatName + "\"; there are " + known);
-  return nullptr;
+  return false;
 }
 
 QVERRORCODE_TAG OpenFile(const std::string& path, const CMediaFileFactory* reader,

@@ -9,8 +9,9 @@
 
 namespace media_accessor_tool {
 
-/// The factory of a format name; null when there is none, which is then reported on standard error.
-const Quorvex::CMediaFileFactory* FindReader(const std::string& formatName);
+/// Finds the factory of a format name; null for an empty one. False when there is none of that
+/// name, which is then reported on standard error.
+bool FindReader(const std::string& formatName, const Quorvex::CMediaFileFactory*& reader);
 
 /// Opens a file with one factory alone, or, when it is null, with whatever the library chooses.
 Quorvex::QVERRORCODE_TAG OpenFile(const std::string& path, const Quorvex::CMediaFileFactory* reader,

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "support/allocator.h"
+#include "support/cft_array.h"
 #include "support/g711.h"
 #include "support/no_throw.h"
 
@@ -13,8 +14,8 @@ namespace {
 
 class CG711DecoderImpl final : public CG711Decoder, public AllocatedObject {
  public:
-  CG711DecoderImpl() : heap_(CurrentAllocator()) {}
-  ~CG711DecoderImpl() override { heap_.Free(output_); }
+  // The buffer holds exactly the largest block so far.
+  CG711DecoderImpl() { output_.SetGrowth(1, 1, false, false); }
 
   QVERRORCODE_TAG SetChannelCount(int channels) override {
     channels_ = channels;
@@ -25,13 +26,9 @@ class CG711DecoderImpl final : public CG711Decoder, public AllocatedObject {
   void SetTarget(CMediaSink* target) override { target_ = target; }
 
  private:
-  bool MakeRoom(std::size_t samples);
-
   WaveLaw law_ = WaveLaw::kLinear;  // linear: not chosen yet
-  Allocator& heap_;
-  short* output_ = nullptr;   // owned, from heap_
-  std::size_t capacity_ = 0;  // of output_, in bytes
-  int channels_ = 0;          // 0: not set yet
+  CFTarray<short> output_;
+  int channels_ = 0;  // 0: not set yet
   CMediaSink* target_ = nullptr;
 };
 
@@ -48,17 +45,6 @@ QVERRORCODE_TAG CG711DecoderImpl::SetLaw(int selector) {
   }
 }
 
-// The buffer holds exactly the largest block so far.
-bool CG711DecoderImpl::MakeRoom(std::size_t samples) {
-  if (samples > std::numeric_limits<std::size_t>::max() / sizeof(short)) return false;
-  const std::size_t bytes = samples * sizeof(short);
-  if (bytes <= capacity_) return true;
-  heap_.Free(output_);
-  output_ = static_cast<short*>(heap_.Allocate(bytes));
-  capacity_ = output_ != nullptr ? bytes : 0;
-  return output_ != nullptr;
-}
-
 QVERRORCODE_TAG CG711DecoderImpl::Write(const void* data, unsigned long count) {
   if (target_ == nullptr || law_ == WaveLaw::kLinear || channels_ < 1)
     return QVERR_INVALID_ARGUMENT;
@@ -68,9 +54,11 @@ QVERRORCODE_TAG CG711DecoderImpl::Write(const void* data, unsigned long count) {
   if (count > std::numeric_limits<unsigned long>::max() / 2) return QVERR_INVALID_ARGUMENT;
   if (count > std::numeric_limits<std::size_t>::max() / channels) return QVERR_CREATE_FAILED;
   const std::size_t samples = count * channels;
-  if (!MakeRoom(samples)) return QVERR_CREATE_FAILED;
-  ExpandG711(law_, static_cast<const unsigned char*>(data), samples, output_);
-  return NoThrow([&] { return target_->Write(output_, count * 2); });
+  // A buffer that is too small goes before the larger one comes; nothing in it is kept.
+  if (samples > output_.Capacity()) output_.Reset();
+  if (!output_.Resize(samples)) return QVERR_CREATE_FAILED;
+  ExpandG711(law_, static_cast<const unsigned char*>(data), samples, output_.Data());
+  return NoThrow([&] { return target_->Write(output_.Data(), count * 2); });
 }
 
 }  // namespace

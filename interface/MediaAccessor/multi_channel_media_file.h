@@ -43,7 +43,6 @@ class MEDIA_ACCESSOR_API MultiChannelMediaFile : public CMediaFile {
   /// Channels of a delivered block: the number selected in kChannelModeSeparate, else 1; 0 while
   /// closed.
   unsigned long GetChannelCount() const override;
-  bool IsFlagged() const override;
 
   /// Reads a raw block and delivers the selected channels of it. A block that needs no mixing (a
   /// one-channel file, or all channels kept apart) is the reader's own, not a copy.

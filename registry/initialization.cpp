@@ -3,9 +3,12 @@
 
 #include <MediaAccessor/library.h>
 
+#include "platform/module.h"
 #include "registry/built_in_factories.h"
 #include "registry/factory_registry.h"
 #include "registry/licence_data.h"
+#include "registry/plugin_modules.h"
+#include "support/ft_log.h"
 #include "support/no_throw.h"
 #include "support/text.h"
 
@@ -23,11 +26,17 @@ constexpr std::wstring_view kVersionText = L"9.0.0.288 (185833).288";
 }  // namespace
 
 QVERRORCODE_TAG RegisterBuiltInFactories(FactoryRegistry& registry) {
+  // The system's own readers would be registered first, to be tried last. There are none yet.
+  const platform::MediaFrameworks frameworks = platform::ProbeMediaFrameworks();
+  if (frameworks.directShow) LibraryLog().Write(L"DirectShow was found");
+  if (frameworks.mediaFoundation) LibraryLog().Write(L"Media Foundation was found");
+  // Whatever the plug-in modules do, the built-in formats are there.
+  const QVERRORCODE_TAG result = NoThrow([&] { return RegisterPluginFactories(registry); });
   for (const CMediaFileFactory* factory : BuiltInFactories()) {
-    const QVERRORCODE_TAG result = registry.AddUninitialized(*factory);
-    if (result != QVERR_OK) return result;
+    const QVERRORCODE_TAG added = registry.AddUninitialized(*factory);
+    if (added != QVERR_OK) return added;
   }
-  return QVERR_OK;
+  return result;
 }
 
 QVERRORCODE_TAG InitializeMediaAccessorLibrary() noexcept {
@@ -76,8 +85,15 @@ QVERRORCODE_TAG MediaAccessorGetLibraryVersion(char* buffer, unsigned long capac
   return QVERR_OK;
 }
 
-bool HasFFmpegWriter() noexcept { return false; }
+bool HasFFmpegWriter() noexcept {
+  InitializeMediaAccessorLibrary();
+  return GetPluginWriterEntry() != nullptr;
+}
 
-CMediaFileWriter* CreateFFmpegWriterInstance() noexcept { return nullptr; }
+CMediaFileWriter* CreateFFmpegWriterInstance() noexcept {
+  if (!HasFFmpegWriter()) return nullptr;
+  return NoThrowOr(static_cast<CMediaFileWriter*>(nullptr),
+                   [] { return GetPluginWriterEntry()(); });
+}
 
 }  // namespace Quorvex

@@ -1,10 +1,11 @@
-// Everything that the library offers.
+// Everything that the library offers to applications. Plug-in modules include plugin.h besides.
 #pragma once
 
 #include <MediaAccessor/audio_segment.h>
 #include <MediaAccessor/export.h>
 #include <MediaAccessor/g711_decoder.h>
 #include <MediaAccessor/library.h>
+#include <MediaAccessor/log.h>
 #include <MediaAccessor/media_accessor.h>
 #include <MediaAccessor/media_accessor_channel_selector.h>
 #include <MediaAccessor/media_accessor_decorator.h>

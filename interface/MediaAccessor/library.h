@@ -1,7 +1,9 @@
 // Initialisation and version of the library.
 //
 // Initialisation is optional: the first use of the registry, of MediaFileOpen or of a file query
-// does it. It registers the built-in factories once, until MediaAccessorRegistryClear().
+// does it. It loads the plug-in modules beside the library (plugin.h) and registers their factories
+// and then the built-in ones, once, until MediaAccessorRegistryClear(). After that the next use
+// registers them again, with modules that have come since.
 #pragma once
 
 #include <MediaAccessor/export.h>
@@ -11,9 +13,13 @@ namespace Quorvex {
 
 class CMediaFileWriter;
 
-/// Registers the built-in factories. A second call adds nothing and returns the first result.
-/// @return QVERR_OK; QVERR_BUSY when the registry's lock could not be had within 1000 ms;
-///         QVERR_CREATE_FAILED when memory runs out. Any thread.
+/// Loads the plug-in modules and registers their factories and the built-in ones. A second call
+/// adds nothing and returns the first result.
+/// @return QVERR_OK, also when plug-in modules were skipped, which the log (log.h) tells;
+/// QVERR_BUSY
+///         when the registry's lock could not be had within 1000 ms; QVERR_CREATE_FAILED when
+///         memory runs out or a plug-in's factory threw an exception: every other factory is
+///         registered all the same. Any thread.
 MEDIA_ACCESSOR_API QVERRORCODE_TAG InitializeMediaAccessorLibrary() noexcept;
 
 /// The same, and keeps the two texts for the licence decision on the licensed speech codecs.
@@ -49,11 +55,13 @@ MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaAccessorGetLibraryVersion(wchar_t* buffe
 MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaAccessorGetLibraryVersion(char* buffer,
                                                                   unsigned long capacity) noexcept;
 
-/// True when a plug-in module supplies a writer. The library loads no plug-in modules yet: false.
+/// True when a plug-in module supplies a writer. Initialises the library, as a use of the registry
+/// does. Any thread.
 MEDIA_ACCESSOR_API bool HasFFmpegWriter() noexcept;
 
 /// A new writer from the plug-in module that supplies one, owned by the caller, who ends it with
-/// Release(); null when there is none.
+/// Release(); null when there is none, or the module cannot make one. Initialises the library too.
+/// Any thread.
 MEDIA_ACCESSOR_API CMediaFileWriter* CreateFFmpegWriterInstance() noexcept;
 
 }  // namespace Quorvex

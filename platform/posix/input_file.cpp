@@ -9,15 +9,14 @@
 #include <limits>
 #include <string>
 
-#include "platform/text.h"
+#include "platform/posix/file_name.h"
 
 namespace Quorvex::platform {
 
 bool InputFile::Open(const wchar_t* path) {
   Close();
-  const std::string name = Narrow(path);
-  // A name that cannot be told to the system is not the name of another file.
-  if (Widen(name) != path) return false;
+  std::string name;
+  if (!SystemFileName(path, name)) return false;
   // O_NONBLOCK: opening a pipe that nobody writes to must not wait. Regular files ignore it.
   const int descriptor = ::open(name.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return false;

@@ -1,0 +1,75 @@
+// Streams over _wsopen and _fdopen. The lock covers one byte that no file is long enough to have,
+// so that it stops nobody from reading or writing.
+#include "platform/shared_stream.h"
+
+#include <fcntl.h>
+#include <io.h>
+#include <share.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+
+#include "platform/win32/error_mode_guard.h"
+#include "platform/win32/windows_api.h"
+
+namespace Quorvex::platform {
+namespace {
+
+StreamOpening Open(const wchar_t* path, int flags, std::FILE*& stream) {
+  const ErrorModeGuard guard;
+  stream = nullptr;
+  const int descriptor =
+      ::_wsopen(path, flags | _O_RDWR | _O_BINARY | _O_NOINHERIT, _SH_DENYNO, _S_IREAD | _S_IWRITE);
+  if (descriptor < 0) {
+    if (errno == ENOENT) return StreamOpening::kMissing;
+    return errno == EEXIST ? StreamOpening::kExists : StreamOpening::kFailed;
+  }
+  stream = ::_fdopen(descriptor, "r+b");
+  if (stream != nullptr) return StreamOpening::kOpened;
+  ::_close(descriptor);
+  return StreamOpening::kFailed;
+}
+
+HANDLE HandleOf(std::FILE* stream) {
+  return reinterpret_cast<HANDLE>(::_get_osfhandle(::_fileno(stream)));
+}
+
+OVERLAPPED LockedByte() {
+  OVERLAPPED at{};
+  at.Offset = 0xFFFFFFFF;
+  at.OffsetHigh = 0x7FFFFFFF;
+  return at;
+}
+
+}  // namespace
+
+StreamOpening OpenSharedStream(const wchar_t* path, std::FILE*& stream) {
+  return Open(path, 0, stream);
+}
+
+StreamOpening CreateSharedStream(const wchar_t* path, std::FILE*& stream) {
+  return Open(path, _O_CREAT | _O_EXCL, stream);
+}
+
+bool SeekToEnd(std::FILE* stream, std::int64_t& position) noexcept {
+  if (::_fseeki64(stream, 0, SEEK_END) != 0) return false;
+  position = ::_ftelli64(stream);
+  return position >= 0;
+}
+
+bool TryLock(std::FILE* stream) noexcept {
+  OVERLAPPED at = LockedByte();
+  if (::LockFileEx(HandleOf(stream), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,
+                   &at) != 0) {
+    return true;
+  }
+  const DWORD error = ::GetLastError();
+  return error != ERROR_LOCK_VIOLATION && error != ERROR_IO_PENDING;
+}
+
+void Unlock(std::FILE* stream) noexcept {
+  OVERLAPPED at = LockedByte();
+  ::UnlockFileEx(HandleOf(stream), 0, 1, 0, &at);
+}
+
+}  // namespace Quorvex::platform

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "support/cft_array.h"
+#include "tests/counting_heap.h"
 #include "tests/fake_media.h"
 #include "tests/test_files.h"
 #include "tests/wav_bytes.h"
@@ -30,25 +31,7 @@ static std::atomic<long> globalAllocations{0};
 namespace {
 
 using namespace Quorvex;
-
-// Gives out memory until its budget is used up, and counts what is out.
-class CountingHeap final : public Allocator {
- public:
-  void* Allocate(std::size_t bytes) noexcept override {
-    if (budget == 0) return nullptr;
-    if (budget > 0) --budget;
-    ++alive;
-    ++allocations;
-    return std::malloc(bytes);
-  }
-  void Free(void* memory) noexcept override {
-    if (memory != nullptr) --alive;
-    std::free(memory);
-  }
-  int budget = -1;  // allocations; negative: no limit
-  int alive = 0;
-  long allocations = 0;
-};
+using tests::CountingHeap;
 
 TEST(Allocator, ObjectsReturnToTheHeapThatTheyCameFrom) {
   CountingHeap heap;

@@ -1,0 +1,113 @@
+// Files where a POSIX system differs: permissions, pipes, names, and no exclusive opening.
+#include <MediaAccessor/result_code.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <memory>
+
+#include "platform/ft_file_impl.h"
+#include "platform/text.h"
+#include "support/ft_file.h"
+#include "tests/test_files.h"
+#include "tests/thrown_code.h"
+
+namespace {
+
+using namespace Quorvex;
+using tests::ThrownCode;
+
+class PosixFile : public testing::Test {
+ protected:
+  std::wstring Existing(const std::string& name) const {
+    tests::WriteBytes(directory.File(name), {1, 2, 3});
+    return platform::Widen(directory.File(name));
+  }
+  QVERRORCODE_TAG Open(const std::wstring& name, bool write) const {
+    return ThrownCode([&] { file->Open(name.c_str(), write); });
+  }
+
+  const tests::TemporaryDirectory directory;
+  const std::unique_ptr<CFTFileImpl> file{platform::CreateFTFileImpl()};
+};
+
+// Nobody's rights, for those who have all of them.
+class WithoutPrivileges {
+ public:
+  WithoutPrivileges() {
+    if (id_ == 0 && seteuid(65534) != 0) ADD_FAILURE();
+  }
+  ~WithoutPrivileges() {
+    if (id_ == 0 && seteuid(0) != 0) ADD_FAILURE();
+  }
+
+ private:
+  const uid_t id_ = geteuid();
+};
+
+TEST_F(PosixFile, RefusalsByPermission) {
+  const std::wstring readable = Existing("readable");
+  const std::wstring unreadable = Existing("unreadable");
+  chmod(directory.File("readable").c_str(), 0444);
+  chmod(directory.File("unreadable").c_str(), 0);
+  const WithoutPrivileges scope;
+  EXPECT_EQ(Open(readable, false), QVERR_OK);
+  EXPECT_EQ(Open(readable, true), QVERR_ACCESS_DENIED);
+  EXPECT_EQ(Open(unreadable, false), QVERR_FILE_OPEN_FAILED);
+  EXPECT_EQ(Open(unreadable, true), QVERR_ACCESS_DENIED);
+  EXPECT_EQ(ThrownCode([&] { file->Create(readable.c_str()); }), QVERR_ACCESS_DENIED);
+}
+
+TEST_F(PosixFile, APipeIsNeverWaitedFor) {
+  ASSERT_EQ(mkfifo(directory.File("pipe").c_str(), 0666), 0);
+  const std::wstring pipe = platform::Widen(directory.File("pipe"));
+  EXPECT_EQ(Open(pipe, false), QVERR_FILE_OPEN_FAILED);
+  EXPECT_EQ(Open(pipe, true), QVERR_FILE_OPEN_FAILED);
+  EXPECT_EQ(ThrownCode([&] { file->Create(pipe.c_str()); }), QVERR_FILE_CREATE_FAILED);
+}
+
+TEST_F(PosixFile, SeveralMayWrite) {
+  const std::wstring name = Existing("x");
+  const std::unique_ptr<CFTFileImpl> other(platform::CreateFTFileImpl());
+  ASSERT_EQ(Open(name, false), QVERR_OK);
+  EXPECT_EQ(ThrownCode([&] { other->Open(name.c_str(), true); }), QVERR_OK);
+}
+
+TEST_F(PosixFile, ANameThatNoBytesStandFor) {
+  const std::wstring name = platform::Widen(directory.File("")) + wchar_t{0xD800};
+  Existing("?");
+  EXPECT_EQ(Open(name, true), QVERR_FILE_OPEN_FAILED);
+  EXPECT_EQ(ThrownCode([&] { file->Create(name.c_str()); }), QVERR_FILE_CREATE_FAILED);
+  EXPECT_EQ(ThrownCode([&] { file->Delete(name.c_str()); }), QVERR_FILE_WRITE_FAILED);
+  EXPECT_TRUE(std::filesystem::exists(directory.File("?")));
+  EXPECT_EQ(ThrownCode([&] { CFTFile().Open(name, false); }), QVERR_FILE_OPEN_FAILED);
+}
+
+TEST_F(PosixFile, NothingToResolveANameAgainst) {
+  const auto before = std::filesystem::current_path();
+  std::filesystem::create_directory(directory.File("gone"));
+  std::filesystem::current_path(directory.File("gone"));
+  std::filesystem::remove(directory.File("gone"));
+  EXPECT_EQ(ThrownCode([] { CFTFile().Open(L"x", false); }), QVERR_BAD_FILE_NAME);
+  std::filesystem::current_path(before);
+}
+
+TEST_F(PosixFile, DescriptorsAreGivenBackOnce) {
+  const auto openDescriptors = [] {
+    const std::filesystem::directory_iterator all("/proc/self/fd");
+    return std::distance(begin(all), end(all));
+  };
+  const std::wstring name = Existing("x");
+  const auto before = openDescriptors();
+  for (const bool closed : {true, false}) {
+    const std::unique_ptr<CFTFileImpl> other(platform::CreateFTFileImpl());
+    other->Open(name.c_str(), true);
+    ASSERT_NE(other->GetStream(), nullptr);
+    EXPECT_EQ(openDescriptors(), before + 1);
+    if (closed) other->Close();
+  }
+  EXPECT_EQ(openDescriptors(), before);
+}
+
+}  // namespace

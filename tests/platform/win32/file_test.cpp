@@ -1,0 +1,101 @@
+// Files where Windows differs: exclusive opening, read-only files, drives, the error mode.
+#include <MediaAccessor/all.h>
+#include <gtest/gtest.h>
+#include <windows.h>
+
+#include <filesystem>
+#include <memory>
+
+#include "platform/ft_file_impl.h"
+#include "platform/text.h"
+#include "platform/win32/error_mode_guard.h"
+#include "support/ft_file.h"
+#include "tests/test_files.h"
+#include "tests/thrown_code.h"
+
+namespace {
+
+using namespace Quorvex;
+using tests::ThrownCode;
+
+class WindowsFile : public testing::Test {
+ protected:
+  std::wstring Existing(const std::string& name) const {
+    tests::WriteBytes(directory.File(name), {1, 2, 3});
+    return platform::Widen(directory.File(name));
+  }
+  QVERRORCODE_TAG Open(const std::wstring& name, bool write) const {
+    return ThrownCode([&] { file->Open(name.c_str(), write); });
+  }
+
+  const tests::TemporaryDirectory directory;
+  const std::unique_ptr<CFTFileImpl> file{platform::CreateFTFileImpl()};
+};
+
+TEST_F(WindowsFile, AReadOnlyFileRefusesWriting) {
+  const std::wstring name = Existing("readable");
+  ASSERT_NE(SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_READONLY), 0);
+  EXPECT_EQ(Open(name, false), QVERR_OK);
+  EXPECT_EQ(Open(name, true), QVERR_ACCESS_DENIED);
+  EXPECT_EQ(ThrownCode([&] { file->Create(name.c_str()); }), QVERR_ACCESS_DENIED);
+  SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST_F(WindowsFile, NobodyElseWritesToAnOpenFile) {
+  const std::wstring name = Existing("x");
+  const std::unique_ptr<CFTFileImpl> other(platform::CreateFTFileImpl());
+  ASSERT_EQ(Open(name, false), QVERR_OK);
+  EXPECT_EQ(ThrownCode([&] { other->Open(name.c_str(), false); }), QVERR_OK) << "but reads it";
+  EXPECT_EQ(ThrownCode([&] { other->Open(name.c_str(), true); }), QVERR_FILE_OPEN_FAILED);
+  EXPECT_EQ(ThrownCode([&] { other->Create(name.c_str()); }), QVERR_FILE_CREATE_FAILED);
+  EXPECT_EQ(ThrownCode([&] { other->Delete(name.c_str()); }), QVERR_FILE_WRITE_FAILED);
+  file->Close();
+  ASSERT_EQ(Open(name, true), QVERR_OK);
+  EXPECT_EQ(ThrownCode([&] { other->Open(name.c_str(), false); }), QVERR_FILE_OPEN_FAILED);
+  // With a stream over it too, Close lets go of it.
+  ASSERT_NE(file->GetStream(), nullptr);
+  file->Close();
+  EXPECT_EQ(ThrownCode([&] { other->Delete(name.c_str()); }), QVERR_OK);
+}
+
+TEST_F(WindowsFile, WhatIsNoFile) {
+  EXPECT_EQ(Open(L"NUL", false), QVERR_FILE_OPEN_FAILED);
+  MediaFilePtr opened;
+  EXPECT_EQ(MediaFileOpen(L"\\\\.\\pipe\\no such pipe.wav", opened), QVERR_FILE_OPEN_FAILED);
+}
+
+TEST_F(WindowsFile, NamesAreResolvedAsTheyAreWritten) {
+  const std::wstring name = Existing("x");
+  const auto before = std::filesystem::current_path();
+  std::filesystem::current_path(directory.File(""));
+  CFTFile buffered;
+  buffered.Open(L"x", false);
+  EXPECT_TRUE(std::filesystem::equivalent(buffered.GetName(), name));
+  buffered.Close(true);
+  buffered.Open(L".\\x", false);
+  buffered.Close(true);
+  const std::wstring fromRoot = name.substr(2);  // without its drive
+  buffered.Open(fromRoot, false);
+  EXPECT_EQ(buffered.GetName().substr(1), name.substr(1));
+  std::filesystem::current_path(before);
+}
+
+TEST_F(WindowsFile, TheErrorModeComesBack) {
+  constexpr UINT kGuardMode = SEM_FAILCRITICALERRORS | SEM_NOOPENFILEERRORBOX;
+  const UINT before = SetErrorMode(0);
+  {
+    const platform::ErrorModeGuard outer;
+    EXPECT_EQ(GetErrorMode(), kGuardMode);
+    { const platform::ErrorModeGuard inner; }
+    EXPECT_EQ(GetErrorMode(), kGuardMode) << "until the last one is gone";
+  }
+  EXPECT_EQ(GetErrorMode(), 0U);
+  {
+    const platform::ErrorModeGuard guard;
+    SetErrorMode(SEM_NOGPFAULTERRORBOX);
+  }
+  EXPECT_EQ(GetErrorMode(), UINT{SEM_NOGPFAULTERRORBOX}) << "somebody else's change survives";
+  SetErrorMode(before);
+}
+
+}  // namespace

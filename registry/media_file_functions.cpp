@@ -14,6 +14,7 @@
 
 #include "registry/extension_key.h"
 #include "registry/factory_registry.h"
+#include "support/ft_log.h"
 #include "support/no_throw.h"
 #include "support/text.h"
 
@@ -28,7 +29,15 @@ QVERRORCODE_TAG FindCandidates(const std::wstring& path, CandidateList& candidat
   const QVERRORCODE_TAG result =
       FactoryRegistry::Instance().GetCandidates(ExtensionForOpening(path), candidates);
   if (result != QVERR_OK) return result;
-  return candidates.factories.empty() ? QVERR_BAD_FORMAT : QVERR_OK;
+  if (!candidates.factories.empty()) return QVERR_OK;
+  LibraryLog().Printf(L"%s: no format is registered for its extension", path.c_str());
+  return QVERR_BAD_FORMAT;
+}
+
+std::wstring FormatName(const CMediaFileFactory& factory) {
+  return TextOf<wchar_t>([&](wchar_t* buffer, unsigned long capacity) {
+    return factory.GetDescription(buffer, capacity);
+  });
 }
 
 QVERRORCODE_TAG OpenWith(const CMediaFileFactory& factory, const std::wstring& path,
@@ -39,6 +48,15 @@ QVERRORCODE_TAG OpenWith(const CMediaFileFactory& factory, const std::wstring& p
   });
 }
 
+void LogAttempt(const CMediaFileFactory& factory, const std::wstring& path,
+                QVERRORCODE_TAG result) {
+  if (LibraryLog().IsSilent()) return;
+  // A name that cannot be had must not become the result of the opening.
+  const std::wstring name = NoThrowOr(std::wstring(), [&] { return FormatName(factory); });
+  LibraryLog().Printf(L"%s: %s: %d %s", path.c_str(), name.c_str(), static_cast<int>(result),
+                      MediaAccessorGetResultNameWide(result));
+}
+
 QVERRORCODE_TAG OpenByName(const std::wstring& path, bool refuseFlagged, CMediaFile*& opened) {
   CandidateList candidates;
   QVERRORCODE_TAG result = FindCandidates(path, candidates);
@@ -46,6 +64,7 @@ QVERRORCODE_TAG OpenByName(const std::wstring& path, bool refuseFlagged, CMediaF
   for (const CMediaFileFactory* factory : candidates.factories) {
     UnopenedFile file;
     result = OpenWith(*factory, path, file);
+    LogAttempt(*factory, path, result);
     // Only "not of this format" lets the next candidate try.
     if (result == QVERR_BAD_FORMAT) continue;
     // A refused flagged file is a success without a file: callers look at both.
@@ -159,11 +178,10 @@ bool OpensWithFamily(const Character* path, std::wstring_view family) noexcept {
     CandidateList candidates;
     if (FindCandidates(widePath, candidates) != QVERR_OK) return false;
     for (const CMediaFileFactory* factory : candidates.factories) {
-      const std::wstring name = TextOf<wchar_t>([&](wchar_t* buffer, unsigned long capacity) {
-        return factory->GetDescription(buffer, capacity);
-      });
       UnopenedFile file;
-      if (name.starts_with(family) && OpenWith(*factory, widePath, file) == QVERR_OK) return true;
+      if (FormatName(*factory).starts_with(family) &&
+          OpenWith(*factory, widePath, file) == QVERR_OK)
+        return true;
     }
     return false;
   });

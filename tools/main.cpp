@@ -1,6 +1,7 @@
 // media-accessor: the library on the command line. This file parses the arguments, the commands do
 // the work.
 #include <MediaAccessor/library.h>
+#include <MediaAccessor/log.h>
 
 #include <CLI/CLI.hpp>
 #include <charconv>
@@ -41,6 +42,8 @@ std::string Version() {
   Quorvex::MediaAccessorGetLibraryVersion(text, sizeof text);
   return std::string("media-accessor ") + text;
 }
+
+void LogToStandardError() { Quorvex::MediaAccessorSetLog("", Quorvex::kLogStandardError); }
 
 void AddReader(CLI::App& command, std::string& reader) {
   command.add_option("--reader", reader, "Open with this reader alone, by its format name")
@@ -115,6 +118,10 @@ int Run(int argc, char** argv) {
   int exitCode = kAllWentWell;
   app.set_version_flag("--version", Version);
   app.require_subcommand(1);
+  app.fallthrough();
+  app.add_flag_callback("--verbose", LogToStandardError,
+                        "Tell on standard error which formats are tried, and which plug-in\n"
+                        "modules were found");
   app.footer("Exit code: 0 all went well, 1 some file failed, 2 wrong usage.");
   AddInfo(app, exitCode);
   AddDecode(app, exitCode);

@@ -127,7 +127,7 @@ QVERRORCODE_TAG RegisterPluginFactories(FactoryRegistry& registry) {
     for (const CMediaFileFactory* const factory : plugin.factories) {
       const QVERRORCODE_TAG added = NoThrow([&] { return registry.AddUninitialized(*factory); });
       if (added == QVERR_OK) continue;
-      LibraryLog().Printf(L"Plug-in module %s: a factory failed to be registered: %d",
+      LibraryLog().Printf(L"Plug-in module: %s: a factory failed to be registered: %d",
                           plugin.path.c_str(), static_cast<int>(added));
       if (result == QVERR_OK) result = added;
     }

@@ -3,7 +3,7 @@
 // Initialisation is optional: the first use of the registry, of MediaFileOpen or of a file query
 // does it. It loads the plug-in modules beside the library (plugin.h) and registers their factories
 // and then the built-in ones, once, until MediaAccessorRegistryClear(). After that the next use
-// registers them again, with modules that have come since.
+// registers them again; the modules stay loaded.
 #pragma once
 
 #include <MediaAccessor/export.h>

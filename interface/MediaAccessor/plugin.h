@@ -21,8 +21,8 @@
 //
 // A plug-in is compiled like the application: for the same major version of the library, with a
 // compiler that shares its C++ binary interface. It includes this header, which declares the four
-// functions, and defines those that it has. An exception that one of them, a factory or a writer
-// throws becomes a result code.
+// functions, and defines those that it has. An exception that one of them or a factory throws
+// becomes a result code, or no writer.
 #pragma once
 
 #include <MediaAccessor/export.h>

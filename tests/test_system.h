@@ -38,6 +38,9 @@ std::vector<std::wstring> OddFileNames();
 /// One of them in narrow text.
 extern const char* const kOddNarrowFileName;
 
+/// A device on which there is never any room; null when the system has none.
+extern const char* const kFullDevice;
+
 /// Whether what goes to the debugger arrives on standard error.
 extern const bool kDebuggerIsStandardError;
 

@@ -78,6 +78,7 @@ std::vector<std::wstring> OddFileNames() {
 }
 
 const char* const kOddNarrowFileName = "\xFF\"\n.wav";
+const char* const kFullDevice = "/dev/full";
 const bool kDebuggerIsStandardError = true;
 
 }  // namespace tests

@@ -101,6 +101,7 @@ std::vector<std::wstring> OddFileNames() {
 }
 
 const char* const kOddNarrowFileName = "\xFC '%x%.wav";
+const char* const kFullDevice = nullptr;
 const bool kDebuggerIsStandardError = false;
 
 }  // namespace tests

@@ -119,6 +119,7 @@ int Run(int argc, char** argv) {
   app.set_version_flag("--version", Version);
   app.require_subcommand(1);
   app.fallthrough();
+  app.allow_windows_style_options(false);  // "/recordings/x.wav" is a file
   app.add_flag_callback("--verbose", LogToStandardError,
                         "Tell on standard error which formats are tried, and which plug-in\n"
                         "modules were found");

@@ -158,11 +158,15 @@ TEST_F(FTFileImpl, OddNames) {
     file->Close();
     MediaFilePtr opened;
     EXPECT_EQ(MediaFileOpen(name.c_str(), opened), QVERR_OK);
-    opened.reset();
     if (odd == names.back()) {
-      EXPECT_EQ(MediaFileOpen(directory.File(tests::kOddNarrowFileName).c_str(), opened), QVERR_OK);
-      opened.reset();
+      const std::string narrow = directory.File("") + tests::kOddNarrowFileName;
+      EXPECT_EQ(MediaFileOpen(narrow.c_str(), opened), QVERR_OK);
+      EXPECT_EQ(TextOf<char>([&](char* buffer, unsigned long capacity) {
+                  return opened->GetFileName(buffer, capacity);
+                }),
+                narrow);
     }
+    opened.reset();
     file->Delete(name.c_str());
     EXPECT_EQ(ThrownCode([&] { file->Open(name.c_str(), false); }), QVERR_FILE_NOT_FOUND);
   }

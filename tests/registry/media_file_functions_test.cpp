@@ -170,31 +170,4 @@ TEST_F(MediaFileFunctions, CompatibilityAsksThePlatformReadersAlone) {
   EXPECT_FALSE(MediaFileIsDirectShowCompatible("x.fake"));
 }
 
-TEST_F(MediaFileFunctions, FileNamesOutsideAsciiOpen) {
-  const tests::TemporaryDirectory directory;
-  const tests::Bytes wav = tests::ReadBytes(tests::Fixture("sox_pcm16_stereo.wav"));
-  // Beyond U+FFFF, and bytes that are not UTF-8.
-  for (const char* name : {"\xC3\xBC.wav", "\xF0\x9D\x84\x9E.wav", "\xFF\xC0\x80.wav"}) {
-    const std::string path = directory.File(name);
-    tests::WriteBytes(path, wav);
-    EXPECT_EQ(Open(path.c_str()), QVERR_OK) << name;
-    if (file == nullptr) continue;
-    EXPECT_EQ(TextOf<char>([&](char* buffer, unsigned long capacity) {
-                return file->GetFileName(buffer, capacity);
-              }),
-              path);
-    file.reset();
-  }
-}
-
-// A name that no file can have is not the name of a file with a question mark.
-TEST_F(MediaFileFunctions, NamesThatTheSystemCannotHoldAreRefused) {
-  const tests::TemporaryDirectory directory;
-  tests::WriteBytes(directory.File("?.wav"), tests::ReadBytes(tests::Fixture("sox_pcm8_mono.wav")));
-  const std::string narrow = directory.File("");
-  const std::wstring path = std::wstring(narrow.begin(), narrow.end()) + wchar_t{0xD800} + L".wav";
-  EXPECT_EQ(MediaFileOpen(path.c_str(), file), QVERR_FILE_OPEN_FAILED);
-  EXPECT_EQ(file, nullptr);
-}
-
 }  // namespace

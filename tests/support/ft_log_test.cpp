@@ -84,18 +84,15 @@ TEST_F(FTLog, FormatsTheSameOnEverySystem) {
 }
 
 TEST_F(FTLog, AMessageIsCutAfter1023Characters) {
-  LogToFile({});
+  LogToFile();
   const std::wstring longText(5000, L'x');
   for (const std::size_t length : {std::size_t{1023}, std::size_t{1024}, std::size_t{5000}}) {
-    std::filesystem::remove(path);
-    LogToFile({});
     log.Printf(L"%s", longText.substr(0, length).c_str());
-    EXPECT_EQ(Logged(), u"\uFEFF" + std::u16string(1023, u'x'));
   }
-  std::filesystem::remove(path);
-  LogToFile({});
+  const std::u16string line = std::u16string(1023, u'x') + u"\r\n";
+  EXPECT_EQ(Logged(), u"\uFEFF" + line + line + line);
   log.Write(longText.c_str());
-  EXPECT_EQ(Logged().size(), 5001U) << "what is formatted already is not cut";
+  EXPECT_EQ(Logged().size(), 1 + 3 * 1025 + 5002U) << "what is formatted already is not cut";
 }
 
 TEST_F(FTLog, PrefixesInTheirOrder) {

@@ -61,8 +61,7 @@ TEST_F(Program, InfoAsATable) {
 TEST_F(Program, InfoAsJson) {
   const std::string good = Fixture("ffmpeg_mulaw_stereo.wav");
   const std::string bad = Fixture("refused_float.wav");
-  const std::string strange = directory.File(tests::kOddNarrowFileName);
-  tests::WriteBytes(strange, {});
+  const std::string strange = directory.File("") + tests::kOddNarrowFileName;
   EXPECT_EQ(Run({"info", "--json", "--exact", good, bad, strange}), 1);
   const auto list = nlohmann::json::parse(output);
   ASSERT_EQ(list.size(), 3U);
@@ -77,7 +76,7 @@ TEST_F(Program, InfoAsJson) {
                                      {"exact_milliseconds", 250}}));
   EXPECT_EQ(list[1],
             (nlohmann::json{{"file", bad}, {"result", 605}, {"result_name", "QVERR_BAD_FORMAT"}}));
-  EXPECT_EQ(list[2]["result"], 605);
+  EXPECT_EQ(list[2]["result"], 300);
   EXPECT_EQ(Run({"info", "--json", good}), 0);
   EXPECT_FALSE(nlohmann::json::parse(output)[0].contains("exact_milliseconds"));
 }

@@ -1,5 +1,5 @@
 // Files where a POSIX system differs: permissions, pipes, names, and no exclusive opening.
-#include <MediaAccessor/result_code.h>
+#include <MediaAccessor/all.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -77,11 +77,14 @@ TEST_F(PosixFile, SeveralMayWrite) {
 TEST_F(PosixFile, ANameThatNoBytesStandFor) {
   const std::wstring name = platform::Widen(directory.File("")) + wchar_t{0xD800};
   Existing("?");
+  Existing("?.wav");
   EXPECT_EQ(Open(name, true), QVERR_FILE_OPEN_FAILED);
   EXPECT_EQ(ThrownCode([&] { file->Create(name.c_str()); }), QVERR_FILE_CREATE_FAILED);
   EXPECT_EQ(ThrownCode([&] { file->Delete(name.c_str()); }), QVERR_FILE_WRITE_FAILED);
   EXPECT_TRUE(std::filesystem::exists(directory.File("?")));
   EXPECT_EQ(ThrownCode([&] { CFTFile().Open(name, false); }), QVERR_FILE_OPEN_FAILED);
+  MediaFilePtr opened;
+  EXPECT_EQ(MediaFileOpen((name + L".wav").c_str(), opened), QVERR_FILE_OPEN_FAILED);
 }
 
 TEST_F(PosixFile, NothingToResolveANameAgainst) {

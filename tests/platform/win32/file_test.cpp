@@ -1,4 +1,4 @@
-// Files where Windows differs: exclusive opening, read-only files, drives, the error mode.
+// Files where Windows differs: exclusive opening, devices, drives, the error mode.
 #include <MediaAccessor/all.h>
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -31,15 +31,6 @@ class WindowsFile : public testing::Test {
   const tests::TemporaryDirectory directory;
   const std::unique_ptr<CFTFileImpl> file{platform::CreateFTFileImpl()};
 };
-
-TEST_F(WindowsFile, AReadOnlyFileRefusesWriting) {
-  const std::wstring name = Existing("readable");
-  ASSERT_NE(SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_READONLY), 0);
-  EXPECT_EQ(Open(name, false), QVERR_OK);
-  EXPECT_EQ(Open(name, true), QVERR_ACCESS_DENIED);
-  EXPECT_EQ(ThrownCode([&] { file->Create(name.c_str()); }), QVERR_ACCESS_DENIED);
-  SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL);
-}
 
 TEST_F(WindowsFile, NobodyElseWritesToAnOpenFile) {
   const std::wstring name = Existing("x");

@@ -29,7 +29,10 @@ HANDLE OpenForOutput(const std::string& path) {
 
 HANDLE Start(const std::vector<std::string>& command, HANDLE output, HANDLE errors) {
   std::string line;
-  for (const std::string& argument : command) line += (line.empty() ? "" : " ") + Quoted(argument);
+  for (const std::string& argument : command) {
+    if (!line.empty()) line += ' ';
+    line += Quoted(argument);
+  }
   STARTUPINFOA startup{};
   startup.cb = sizeof startup;
   startup.dwFlags = STARTF_USESTDHANDLES;

@@ -1,8 +1,10 @@
-// What a command-line program needs of its terminal and its pipes. Used by the tools only; it is
-// not part of the library.
+// What a command-line program needs of its terminal, its pipes and its arguments. Used by the tools
+// only; it is not part of the library.
 #pragma once
 
 #include <cstdio>
+#include <filesystem>
+#include <string>
 
 namespace Quorvex::platform {
 
@@ -12,8 +14,11 @@ bool IsTerminal(std::FILE* stream) noexcept;
 /// Lets a stream carry bytes as they are.
 void SetBinary(std::FILE* stream) noexcept;
 
-/// Makes a write to a closed pipe, or past a limit on a file's size, fail with an error instead of
-/// ending the program silently.
-void ReportFailedWrites() noexcept;
+/// A command-line argument as the path that it means. May throw std::bad_alloc.
+std::filesystem::path ArgumentPath(const std::string& argument);
+
+/// To be called first. Makes a write to a closed pipe, or past a limit on a file's size, fail with
+/// an error instead of ending the program silently; lets a console show the program's narrow text.
+void PrepareProgram() noexcept;
 
 }  // namespace Quorvex::platform

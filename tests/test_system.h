@@ -13,7 +13,7 @@ class Process {
  public:
   /// Starts it. Its output goes into the given files, which are replaced; without a name it goes
   /// nowhere.
-  /// @param command  the program's path and its arguments, which no shell reads.
+  /// @param command  the program's path and its arguments, which no shell reads. UTF-8.
   explicit Process(const std::vector<std::string>& command, const std::string& output = "",
                    const std::string& errors = "");
   /// Waits for its end. @return its exit code; -1 when it could not be started or did not exit.

@@ -2,6 +2,7 @@
 #include <bit>
 #include <filesystem>
 
+#include "platform/console.h"
 #include "tools/commands.h"
 #include "tools/input.h"
 #include "tools/output.h"
@@ -24,7 +25,9 @@ QVERRORCODE_TAG SelectChannels(CMediaFile& file, const DecodeOptions& options) {
 
 bool IsSameFile(const std::string& input, const std::string& output) {
   std::error_code error;
-  return output != "-" && std::filesystem::equivalent(input, output, error) && !error;
+  return output != "-" &&
+         std::filesystem::equivalent(Quorvex::platform::ArgumentPath(input),
+                                     Quorvex::platform::ArgumentPath(output), error);
 }
 
 }  // namespace

@@ -139,7 +139,7 @@ int Run(int argc, char** argv) {
 }  // namespace media_accessor_tool
 
 int main(int argc, char** argv) {
-  Quorvex::platform::ReportFailedWrites();
+  Quorvex::platform::PrepareProgram();
   try {
     return media_accessor_tool::Run(argc, argv);
   } catch (const std::exception& error) {

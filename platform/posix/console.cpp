@@ -11,7 +11,9 @@ bool IsTerminal(std::FILE* stream) noexcept { return ::isatty(::fileno(stream)) 
 
 void SetBinary(std::FILE*) noexcept {}
 
-void ReportFailedWrites() noexcept {
+std::filesystem::path ArgumentPath(const std::string& argument) { return argument; }
+
+void PrepareProgram() noexcept {
   std::signal(SIGPIPE, SIG_IGN);
   std::signal(SIGXFSZ, SIG_IGN);
 }

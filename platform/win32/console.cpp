@@ -4,6 +4,8 @@
 #include <fcntl.h>
 #include <io.h>
 
+#include <cstdlib>
+
 #include "platform/win32/windows_api.h"
 
 namespace Quorvex::platform {
@@ -18,6 +20,20 @@ bool IsTerminal(std::FILE* stream) noexcept {
 
 void SetBinary(std::FILE* stream) noexcept { ::_setmode(::_fileno(stream), _O_BINARY); }
 
-void ReportFailedWrites() noexcept {}  // they do
+std::filesystem::path ArgumentPath(const std::string& argument) {
+  const int length = static_cast<int>(argument.size());
+  const int needed = ::MultiByteToWideChar(CP_ACP, 0, argument.data(), length, nullptr, 0);
+  std::wstring wide(static_cast<std::size_t>(needed), L'\0');
+  ::MultiByteToWideChar(CP_ACP, 0, argument.data(), length, wide.data(), needed);
+  return wide;
+}
+
+// Failed writes are reported as it is. The console's code page outlives the program, so it is put
+// back.
+void PrepareProgram() noexcept {
+  static const UINT previous = ::GetConsoleOutputCP();
+  if (previous == 0 || ::SetConsoleOutputCP(::GetACP()) == 0) return;  // no console
+  std::atexit([] { ::SetConsoleOutputCP(previous); });
+}
 
 }  // namespace Quorvex::platform

@@ -81,6 +81,17 @@ TEST_F(Program, InfoAsJson) {
   EXPECT_FALSE(nlohmann::json::parse(output)[0].contains("exact_milliseconds"));
 }
 
+TEST_F(Program, AnyFileNameInAndOut) {
+  const std::string input = directory.File("\xF0\x9D\x84\x9E\xC3\xBC \xE6\x97\xA5.wav");
+  const std::string raw = directory.File("\xE6\x97\xA5.raw");
+  tests::WriteBytes(input, tests::ReadBytes(Fixture("sox_mulaw_mono.wav")));
+  EXPECT_EQ(Run({"info", "--json", input}), 0) << errors;
+  EXPECT_EQ(nlohmann::json::parse(output)[0]["file"], input);
+  EXPECT_EQ(Run({"decode", input, "-o", raw}), 0) << errors;
+  EXPECT_EQ(tests::ReadSamples(raw), tests::ReadSamples(Fixture("sox_mulaw_mono.s16")));
+  EXPECT_EQ(Run({"decode", input, "-o", input}), 2) << "never over its own input";
+}
+
 TEST_F(Program, DecodeInEveryMode) {
   const std::string input = Fixture("sox_pcm16_stereo.wav");
   const auto stereo = tests::ReadSamples(Fixture("sox_pcm16_stereo.s16"));

@@ -33,14 +33,18 @@ HANDLE Start(const std::vector<std::string>& command, HANDLE output, HANDLE erro
     if (!line.empty()) line += ' ';
     line += Quoted(argument);
   }
-  STARTUPINFOA startup{};
+  // Paths from std::filesystem are UTF-8.
+  std::wstring wideLine(line.size() + 1, L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, line.data(), static_cast<int>(line.size()), wideLine.data(),
+                      static_cast<int>(line.size()));
+  STARTUPINFOW startup{};
   startup.cb = sizeof startup;
   startup.dwFlags = STARTF_USESTDHANDLES;
   startup.hStdOutput = output;
   startup.hStdError = errors;
   PROCESS_INFORMATION information{};
-  if (CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr, &startup,
-                     &information) == 0) {
+  if (CreateProcessW(nullptr, wideLine.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                     &startup, &information) == 0) {
     return nullptr;
   }
   CloseHandle(information.hThread);

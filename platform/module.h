@@ -1,6 +1,7 @@
 // Modules: shared objects on Linux, DLLs on Windows.
 #pragma once
 
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -45,9 +46,11 @@ class Module {
 std::wstring OwnModuleDirectory();
 
 /// The full paths of the modules in a directory whose name, without the ending for modules (".so"
-/// on Linux, ".dll" on Windows), matches a pattern in which '*' stands for any text. In the order
-/// of their character codes. May throw std::bad_alloc.
-std::vector<std::wstring> FindModules(const std::wstring& directory, const std::wstring& pattern);
+/// on Linux, ".dll" on Windows), matches one of some patterns, in which '*' stands for any text.
+/// Those of an earlier pattern come first, then the order is that of their character codes. May
+/// throw std::bad_alloc.
+std::vector<std::wstring> FindModules(const std::wstring& directory,
+                                      std::span<const std::wstring_view> patterns);
 
 /// Lets modules find what they depend on in a directory too, until the end of the scope. On Linux a
 /// module says itself where to look, and this does nothing.

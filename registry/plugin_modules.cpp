@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <atomic>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <vector>
 
@@ -19,7 +20,7 @@ namespace Quorvex {
 namespace {
 
 // In loading order. The first is a name, the other a family.
-constexpr const wchar_t* kModuleNames[] = {L"OptMediaAccessor", L"*MediaAccessor.*"};
+constexpr std::wstring_view kModuleNames[] = {L"OptMediaAccessor", L"*MediaAccessor.*"};
 
 struct PluginModule {
   std::wstring path;
@@ -113,9 +114,7 @@ void LoadModules() {
     return;
   }
   const platform::ModuleSearchScope scope(directory);
-  for (const wchar_t* const name : kModuleNames) {
-    for (const std::wstring& path : platform::FindModules(directory, name)) LoadModule(path);
-  }
+  for (const std::wstring& path : platform::FindModules(directory, kModuleNames)) LoadModule(path);
 }
 
 }  // namespace

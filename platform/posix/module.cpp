@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "platform/posix/file_name.h"
 #include "platform/text.h"
@@ -56,17 +57,24 @@ std::wstring OwnModuleDirectory() {
   return path.size() <= kLongestOwnPath ? path.substr(0, path.find_last_of(L'/') + 1) : L"";
 }
 
-std::vector<std::wstring> FindModules(const std::wstring& directory, const std::wstring& pattern) {
-  std::vector<std::wstring> paths;
-  const std::string narrowPattern = Narrow(pattern) + ".so";
+// One walk over the directory, which may be one with thousands of libraries.
+std::vector<std::wstring> FindModules(const std::wstring& directory,
+                                      std::span<const std::wstring_view> patterns) {
+  std::vector<std::pair<std::size_t, std::wstring>> found;  // the pattern's place, the path
   const std::unique_ptr<DIR, DirectoryCloser> stream(::opendir(Narrow(directory).c_str()));
-  if (stream == nullptr) return paths;
-  while (const dirent* const entry = ::readdir(stream.get())) {
-    if (::fnmatch(narrowPattern.c_str(), entry->d_name, 0) == 0) {
-      paths.push_back(directory + Widen(entry->d_name));
+  while (const dirent* const entry = stream != nullptr ? ::readdir(stream.get()) : nullptr) {
+    std::string_view name = entry->d_name;
+    if (!name.ends_with(".so")) continue;
+    name.remove_suffix(3);
+    for (std::size_t i = 0; i < patterns.size(); ++i) {
+      if (::fnmatch(Narrow(patterns[i]).c_str(), std::string(name).c_str(), 0) != 0) continue;
+      found.emplace_back(i, directory + Widen(entry->d_name));
+      break;
     }
   }
-  std::sort(paths.begin(), paths.end());
+  std::sort(found.begin(), found.end());
+  std::vector<std::wstring> paths;
+  for (auto& [place, path] : found) paths.push_back(std::move(path));
   return paths;
 }
 

@@ -67,21 +67,26 @@ std::wstring OwnModuleDirectory() {
   return path.substr(0, path.find_last_of(L'\\') + 1);
 }
 
-std::vector<std::wstring> FindModules(const std::wstring& directory, const std::wstring& pattern) {
+std::vector<std::wstring> FindModules(const std::wstring& directory,
+                                      std::span<const std::wstring_view> patterns) {
   std::vector<std::wstring> paths;
   const ErrorModeGuard guard;
-  WIN32_FIND_DATAW found{};
-  const HANDLE search = ::FindFirstFileW((directory + pattern + L".dll").c_str(), &found);
-  if (search == INVALID_HANDLE_VALUE) return paths;
-  do {
-    // The search also looks at short names, by which "x.dll-old" would match.
-    const std::wstring name = found.cFileName;
-    if (name.size() > 4 && ::lstrcmpiW(name.c_str() + name.size() - 4, L".dll") == 0) {
-      paths.push_back(directory + name);
-    }
-  } while (::FindNextFileW(search, &found) != 0);
-  ::FindClose(search);
-  std::sort(paths.begin(), paths.end());
+  for (const std::wstring_view pattern : patterns) {
+    const auto first = static_cast<std::ptrdiff_t>(paths.size());
+    WIN32_FIND_DATAW found{};
+    const std::wstring wanted = directory + std::wstring(pattern) + L".dll";
+    const HANDLE search = ::FindFirstFileW(wanted.c_str(), &found);
+    if (search == INVALID_HANDLE_VALUE) continue;
+    do {
+      // The search also looks at short names, by which "x.dll-old" would match.
+      const std::wstring name = found.cFileName;
+      if (name.size() > 4 && ::lstrcmpiW(name.c_str() + name.size() - 4, L".dll") == 0) {
+        paths.push_back(directory + name);
+      }
+    } while (::FindNextFileW(search, &found) != 0);
+    ::FindClose(search);
+    std::sort(paths.begin() + first, paths.end());
+  }
   return paths;
 }
 

@@ -99,9 +99,9 @@ void LoadModule(const std::wstring& path) {
                  L", this library's has " + std::to_wstring(kPluginInterfaceVersion))
                     .c_str());
   }
-  LibraryLog().Printf(L"Plug-in module loaded: %s: %lu factories, %s%s", path.c_str(),
+  LibraryLog().Printf(L"Plug-in module loaded: %s: factories: %lu, writer: %s%s", path.c_str(),
                       static_cast<unsigned long>(plugin.factories.size()),
-                      offer.writer != nullptr ? L"a writer" : L"no writer",
+                      offer.writer != nullptr ? L"yes" : L"no",
                       offer.hasVersion ? L"" : L"; it lacks GetOptionalLibraryVersion");
   LoadedModules().push_back(std::move(plugin));
   if (offer.writer != nullptr) writerEntry = offer.writer;

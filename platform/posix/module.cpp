@@ -4,10 +4,12 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fnmatch.h>
-#include <stdlib.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <fstream>
 #include <memory>
+#include <sstream>
 #include <utility>
 
 #include "platform/posix/file_name.h"
@@ -17,6 +19,22 @@ namespace Quorvex::platform {
 namespace {
 
 constexpr std::size_t kLongestOwnPath = 1000;
+
+// The file that is mapped at an address, by the kernel's list of mappings:
+//     start-end access offset device inode     path
+std::string MappedFile(const void* address) {
+  std::ifstream mappings("/proc/self/maps");
+  for (std::string line; std::getline(mappings, line);) {
+    std::uintptr_t start = 0;
+    std::uintptr_t end = 0;
+    char dash = 0;
+    std::istringstream(line) >> std::hex >> start >> dash >> end;
+    const auto wanted = reinterpret_cast<std::uintptr_t>(address);
+    const std::size_t path = line.find('/');
+    if (start <= wanted && wanted < end && path != std::string::npos) return line.substr(path);
+  }
+  return {};
+}
 
 struct DirectoryCloser {
   void operator()(DIR* directory) const noexcept { ::closedir(directory); }
@@ -47,14 +65,14 @@ Module::Address Module::FindAddress(const char* name) const noexcept {
 }
 
 std::wstring OwnModuleDirectory() {
+  const auto* const address = reinterpret_cast<const void*>(&OwnModuleDirectory);
   Dl_info information{};
-  if (::dladdr(reinterpret_cast<const void*>(&OwnModuleDirectory), &information) == 0) return {};
-  // As the loader was told it: relative for a program that was started so.
-  const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(information.dli_fname, nullptr),
-                                                        &std::free);
-  if (resolved == nullptr) return {};
-  const std::wstring path = Widen(resolved.get());
-  return path.size() <= kLongestOwnPath ? path.substr(0, path.find_last_of(L'/') + 1) : L"";
+  if (::dladdr(address, &information) == 0) return {};
+  std::string path = information.dli_fname;
+  // A path that was relative when the module was loaded says nothing by now.
+  if (!path.starts_with('/')) path = MappedFile(address);
+  const std::wstring wide = Widen(path);
+  return wide.size() <= kLongestOwnPath ? wide.substr(0, wide.find_last_of(L'/') + 1) : L"";
 }
 
 // One walk over the directory, which may be one with thousands of libraries.

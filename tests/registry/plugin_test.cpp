@@ -92,17 +92,18 @@ TEST_F(Plugins, TheirFactoriesComeInTheirOrderBeforeTheBuiltInOnes) {
 }
 
 TEST_F(Plugins, TheLogSaysWhatBecameOfEach) {
-  EXPECT_EQ(LogOf("OptMediaAccessor"), "Plug-in module loaded: 1 factories, no writer\n");
-  EXPECT_EQ(LogOf("MediaAccessor.toy"), "Plug-in module loaded: 1 factories, a writer\n");
-  EXPECT_EQ(LogOf("MediaAccessor.bare"),
-            "Plug-in module loaded: 0 factories, a writer; it lacks GetOptionalLibraryVersion\n");
+  EXPECT_EQ(LogOf("OptMediaAccessor"), "Plug-in module loaded: factories: 1, writer: no\n");
+  EXPECT_EQ(LogOf("MediaAccessor.toy"), "Plug-in module loaded: factories: 1, writer: yes\n");
+  EXPECT_EQ(
+      LogOf("MediaAccessor.bare"),
+      "Plug-in module loaded: factories: 0, writer: yes; it lacks GetOptionalLibraryVersion\n");
   EXPECT_EQ(LogOf("MediaAccessor.future"),
             "Plug-in module skipped: its interface has version 2, this library's has 1\n");
   EXPECT_EQ(LogOf("MediaAccessor.many"), "Plug-in module skipped: it has too many factories\n");
   EXPECT_EQ(LogOf("MediaAccessor.throwing"),
             "Plug-in module skipped: an exception came out of it\n");
   EXPECT_EQ(LogOf("MediaAccessor.undeclared"),
-            "Plug-in module loaded: 1 factories, no writer\n"
+            "Plug-in module loaded: factories: 1, writer: no\n"
             "Plug-in module: a factory failed to be registered: 600\n");
   const std::string broken = LogOf("MediaAccessor.broken");
   EXPECT_TRUE(broken.starts_with("Plug-in module skipped: ")) << broken;

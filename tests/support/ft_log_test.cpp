@@ -4,8 +4,9 @@
 #include <MediaAccessor/all.h>
 #include <gtest/gtest.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
-#include <regex>
 #include <set>
 #include <string>
 #include <thread>
@@ -98,14 +99,20 @@ TEST_F(FTLog, AMessageIsCutAfter1023Characters) {
 TEST_F(FTLog, PrefixesInTheirOrder) {
   LogToFile({.timeStamp = true, .threadTag = true});
   log.Write(L"message");
-  std::smatch match;
   const std::string line = OnlyLine();
-  ASSERT_TRUE(std::regex_match(
-      line, match,
-      std::regex(R"(\[(Sun|Mon|Tue|Wed|Thu|Fri|Sat) [A-Z][a-z]{2} [ 1-3]\d \d\d:\d\d:\d\d \d{4}\] )"
-                 R"(\{([0-9A-F]{16})\} message)")))
+  char weekday[4] = "";
+  char month[4] = "";
+  char id[17] = "";
+  int numbers[5] = {};
+  EXPECT_EQ(
+      std::sscanf(line.c_str(), "[%3s %3s %2d %2d:%2d:%2d %4d] {%16[0-9A-F]} message", weekday,
+                  month, &numbers[0], &numbers[1], &numbers[2], &numbers[3], &numbers[4], id),
+      8)
       << line;
-  EXPECT_EQ(std::stoull(match[2], nullptr, 16), platform::CurrentThreadId());
+  EXPECT_EQ(line.size(),
+            std::string("[Sat Nov 21 14:56:06 2026] {0000000000001A2C} message").size());
+  EXPECT_TRUE(line.ends_with("} message"));
+  EXPECT_EQ(std::strtoull(id, nullptr, 16), platform::CurrentThreadId());
 }
 
 TEST_F(FTLog, ClosesTheFileAfterEachMessageWhenAsked) {

@@ -92,6 +92,7 @@ std::vector<std::wstring> FindModules(const std::wstring& directory,
   }
   std::sort(found.begin(), found.end());
   std::vector<std::wstring> paths;
+  paths.reserve(found.size());
   for (auto& [place, path] : found) paths.push_back(std::move(path));
   return paths;
 }

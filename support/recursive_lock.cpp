@@ -1,4 +1,4 @@
-// The recursive lock, on a reader/writer lock that is only ever tried, never waited for.
+// Who owns the lock, and how long the others try for it.
 #include "support/recursive_lock.h"
 
 #include <algorithm>
@@ -44,7 +44,7 @@ bool RecursiveLock::IsOwner() const noexcept {
 
 bool RecursiveLock::Acquire(int limitMilliseconds) noexcept {
   if (!IsOwner()) {
-    if (!TryUntil(limitMilliseconds, [this] { return lock_.try_lock(); })) return false;
+    if (!TryUntil(limitMilliseconds, [this] { return lock_.TryLock(); })) return false;
     owner_.store(platform::CurrentThreadId(), std::memory_order_relaxed);
   }
   ++count_;
@@ -55,18 +55,18 @@ bool RecursiveLock::Release() noexcept {
   if (!IsOwner()) return false;
   if (--count_ == 0) {
     owner_.store(0, std::memory_order_relaxed);
-    lock_.unlock();
+    lock_.Unlock();
   }
   return true;
 }
 
 bool RecursiveLock::AcquireShared(int limitMilliseconds) noexcept {
   if (IsOwner()) return Acquire(limitMilliseconds);
-  return TryUntil(limitMilliseconds, [this] { return lock_.try_lock_shared(); });
+  return TryUntil(limitMilliseconds, [this] { return lock_.TryLockShared(); });
 }
 
 void RecursiveLock::ReleaseShared() noexcept {
-  if (!Release()) lock_.unlock_shared();
+  if (!Release()) lock_.UnlockShared();
 }
 
 }  // namespace Quorvex

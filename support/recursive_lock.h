@@ -4,7 +4,6 @@
 #include <atomic>
 #include <cstdint>
 #include <limits>
-#include <shared_mutex>
 
 namespace Quorvex {
 
@@ -22,6 +21,33 @@ class LockBackOff {
   bool endless_;
   int remaining_;
   int failedTries_ = 0;
+};
+
+/// A reader/writer lock that is tried and never waited for: one number, without a system call. (The
+/// one that MinGW's C++ library offers lets two threads in when both are its first.)
+class SlimLock {
+ public:
+  bool TryLock() noexcept {
+    int expected = 0;
+    return holders_.compare_exchange_strong(expected, kExclusive, std::memory_order_acquire);
+  }
+  void Unlock() noexcept { holders_.store(0, std::memory_order_release); }
+
+  bool TryLockShared() noexcept {
+    int holders = holders_.load(std::memory_order_relaxed);
+    while (holders != kExclusive) {
+      if (holders_.compare_exchange_weak(holders, holders + 1, std::memory_order_acquire)) {
+        return true;
+      }
+    }
+    return false;
+  }
+  void UnlockShared() noexcept { holders_.fetch_sub(1, std::memory_order_release); }
+
+ private:
+  static constexpr int kExclusive = -1;
+
+  std::atomic<int> holders_{0};
 };
 
 /// A recursive lock, owned by a thread id with a recursion count, with a shared form beside it. Any
@@ -47,7 +73,7 @@ class RecursiveLock {
  private:
   bool IsOwner() const noexcept;
 
-  std::shared_mutex lock_;
+  SlimLock lock_;
   std::atomic<std::uint32_t> owner_{0};  // 0: nobody
   int count_ = 0;                        // touched by the owner only
 };

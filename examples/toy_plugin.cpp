@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+#include <string>
 #include <string_view>
 #include <vector>
 
@@ -24,6 +25,15 @@ unsigned long Copy(std::wstring_view text, wchar_t* buffer, unsigned long capaci
   return static_cast<unsigned long>(text.size()) + 1;
 }
 
+// Wide text is UTF-32 on Linux, where a path made of wchar_t would depend on the locale.
+std::filesystem::path PathOf(std::wstring_view text) {
+  if constexpr (sizeof(wchar_t) == sizeof(char32_t)) {
+    return std::u32string(text.begin(), text.end());
+  } else {
+    return text;
+  }
+}
+
 class ToyFile final : public MultiChannelMediaFile {
  public:
   using MultiChannelMediaFile::GetDescription;
@@ -39,7 +49,7 @@ class ToyFile final : public MultiChannelMediaFile {
 
  protected:
   QVERRORCODE_TAG OpenFormat(const wchar_t* path) override {
-    const std::filesystem::path file(path);
+    const std::filesystem::path file = PathOf(path);
     std::error_code error;
     const std::uintmax_t size = std::filesystem::file_size(file, error);
     if (error) return QVERR_FILE_OPEN_FAILED;
@@ -82,7 +92,9 @@ class ToyFactory final : public CMediaFileFactory {
   unsigned long GetExtensionCount() const override { return 1; }
   unsigned long GetExtension(unsigned long index, wchar_t* buffer,
                              unsigned long capacity) const override {
-    return index == 0 ? Copy(L"toy", buffer, capacity) > 0 ? 3 : 0 : 0;
+    if (index != 0) return 0;
+    if (buffer != nullptr) Copy(L"toy", buffer, capacity);
+    return 3;
   }
   CMediaFile* CreateMediaFile() const override { return new ToyFile; }
 };
@@ -99,18 +111,29 @@ class ToyWriter final : public CMediaFileWriter {
   }
 
   QVERRORCODE_TAG WriteFile(CMediaAccessor* source, const char* path, bool replace) override {
-    return WriteAll(source, path != nullptr ? path : "", replace);
+    return Guarded([&] { return WriteAll(source, path != nullptr ? path : "", replace); });
   }
   QVERRORCODE_TAG WriteFile(CMediaAccessor* source, const wchar_t* path, bool replace) override {
-    return WriteAll(source, path != nullptr ? path : L"", replace);
+    return Guarded([&] { return WriteAll(source, PathOf(path != nullptr ? path : L""), replace); });
   }
 
  private:
+  // Applications call a writer themselves, so nothing may be thrown to them.
+  template <class Operation>
+  static QVERRORCODE_TAG Guarded(const Operation& operation) {
+    try {
+      return operation();
+    } catch (...) {
+      return QVERR_CREATE_FAILED;
+    }
+  }
+
   QVERRORCODE_TAG WriteAll(CMediaAccessor* source, const std::filesystem::path& path,
                            bool replace) {
     if (source == nullptr) return QVERR_NO_SOURCE;
     if (path.empty()) return QVERR_BAD_FILE_NAME;
-    if (!replace && std::filesystem::exists(path)) return QVERR_FILE_CREATE_FAILED;
+    std::error_code error;
+    if (!replace && std::filesystem::exists(path, error)) return QVERR_FILE_CREATE_FAILED;
     QVERRORCODE_TAG result = SetChannelCount(static_cast<int>(source->GetChannelCount()));
     if (result != QVERR_OK) return result;
     stream_.open(path, std::ios::binary);
@@ -136,7 +159,7 @@ unsigned long GetOptionalFactoryCount() { return 1; }
 
 unsigned long GetOptionalFactories(const Quorvex::CMediaFileFactory** factories,
                                    unsigned long capacity) {
-  static const ToyFactory factory;
+  static const auto& factory = *new ToyFactory;  // outlives every static object
   if (capacity > 0) factories[0] = &factory;
   return std::min(capacity, 1UL);
 }

@@ -16,11 +16,17 @@ namespace {
 
 constexpr int kLockLimit = 1000;  // ms
 
+// What a factory says about itself is not to cost gigabytes.
+constexpr unsigned long kMostExtensions = 1000;
+constexpr unsigned long kLongestExtension = 1000;
+
 std::vector<std::wstring> DeclaredKeys(const CMediaFileFactory& factory) {
   std::vector<std::wstring> keys;
   const unsigned long count = factory.GetExtensionCount();
+  if (count > kMostExtensions) throw QVERR_CREATE_FAILED;
   for (unsigned long index = 0; index < count; ++index) {
     const unsigned long length = factory.GetExtension(index, static_cast<wchar_t*>(nullptr), 0);
+    if (length > kLongestExtension) throw QVERR_CREATE_FAILED;
     std::wstring extension(length + 1, L'\0');
     factory.GetExtension(index, extension.data(), length + 1);
     extension.resize(length);

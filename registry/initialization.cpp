@@ -28,8 +28,10 @@ constexpr std::wstring_view kVersionText = L"9.0.0.288 (185833).288";
 QVERRORCODE_TAG RegisterBuiltInFactories(FactoryRegistry& registry) {
   // The system's own readers would be registered first, to be tried last. There are none yet.
   const platform::MediaFrameworks frameworks = platform::ProbeMediaFrameworks();
-  if (frameworks.directShow) LibraryLog().Write(L"DirectShow was found");
-  if (frameworks.mediaFoundation) LibraryLog().Write(L"Media Foundation was found");
+  if (frameworks.directShow)
+    LibraryLog().Write(L"The system has DirectShow, which nothing here uses yet");
+  if (frameworks.mediaFoundation)
+    LibraryLog().Write(L"The system has Media Foundation, which nothing here uses yet");
   // Whatever the plug-in modules do, the built-in formats are there.
   const QVERRORCODE_TAG result = NoThrow([&] { return RegisterPluginFactories(registry); });
   for (const CMediaFileFactory* factory : BuiltInFactories()) {

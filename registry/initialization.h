@@ -7,7 +7,7 @@ namespace Quorvex {
 
 class FactoryRegistry;
 
-/// Registers the built-in factories, in their order.
+/// Registers the factories of the plug-in modules and then the built-in ones.
 QVERRORCODE_TAG RegisterBuiltInFactories(FactoryRegistry& registry);
 
 }  // namespace Quorvex

@@ -21,9 +21,6 @@
 namespace Quorvex {
 namespace {
 
-// A file that is not handed out yet: on every way out that does not release() it, it ends.
-using UnopenedFile = std::unique_ptr<CMediaFile, ObjectReleaser>;
-
 QVERRORCODE_TAG FindCandidates(const std::wstring& path, CandidateList& candidates) {
   if (path.empty()) return QVERR_BAD_FILE_NAME;
   const QVERRORCODE_TAG result =
@@ -34,14 +31,17 @@ QVERRORCODE_TAG FindCandidates(const std::wstring& path, CandidateList& candidat
   return QVERR_BAD_FORMAT;
 }
 
+// Empty when the factory throws.
 std::wstring FormatName(const CMediaFileFactory& factory) {
-  return TextOf<wchar_t>([&](wchar_t* buffer, unsigned long capacity) {
-    return factory.GetDescription(buffer, capacity);
+  return NoThrowOr(std::wstring(), [&] {
+    return TextOf<wchar_t>([&](wchar_t* buffer, unsigned long capacity) {
+      return factory.GetDescription(buffer, capacity);
+    });
   });
 }
 
 QVERRORCODE_TAG OpenWith(const CMediaFileFactory& factory, const std::wstring& path,
-                         UnopenedFile& file) {
+                         MediaFilePtr& file) {
   return NoThrow([&] {
     file.reset(factory.CreateMediaFile());
     return file == nullptr ? QVERR_CREATE_FAILED : file->Open(path.c_str());
@@ -51,10 +51,8 @@ QVERRORCODE_TAG OpenWith(const CMediaFileFactory& factory, const std::wstring& p
 void LogAttempt(const CMediaFileFactory& factory, const std::wstring& path,
                 QVERRORCODE_TAG result) {
   if (LibraryLog().IsSilent()) return;
-  // A name that cannot be had must not become the result of the opening.
-  const std::wstring name = NoThrowOr(std::wstring(), [&] { return FormatName(factory); });
-  LibraryLog().Printf(L"%s: %s: %d %s", path.c_str(), name.c_str(), static_cast<int>(result),
-                      MediaAccessorGetResultNameWide(result));
+  LibraryLog().Printf(L"%s: %s: %d %s", path.c_str(), FormatName(factory).c_str(),
+                      static_cast<int>(result), MediaAccessorGetResultNameWide(result));
 }
 
 QVERRORCODE_TAG OpenByName(const std::wstring& path, bool refuseFlagged, CMediaFile*& opened) {
@@ -62,7 +60,7 @@ QVERRORCODE_TAG OpenByName(const std::wstring& path, bool refuseFlagged, CMediaF
   QVERRORCODE_TAG result = FindCandidates(path, candidates);
   if (result != QVERR_OK) return result;
   for (const CMediaFileFactory* factory : candidates.factories) {
-    UnopenedFile file;
+    MediaFilePtr file;
     result = OpenWith(*factory, path, file);
     LogAttempt(*factory, path, result);
     // Only "not of this format" lets the next candidate try.
@@ -178,7 +176,7 @@ bool OpensWithFamily(const Character* path, std::wstring_view family) noexcept {
     CandidateList candidates;
     if (FindCandidates(widePath, candidates) != QVERR_OK) return false;
     for (const CMediaFileFactory* factory : candidates.factories) {
-      UnopenedFile file;
+      MediaFilePtr file;
       if (FormatName(*factory).starts_with(family) &&
           OpenWith(*factory, widePath, file) == QVERR_OK)
         return true;

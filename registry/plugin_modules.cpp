@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <deque>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -25,86 +26,82 @@ constexpr std::wstring_view kModuleNames[] = {L"OptMediaAccessor", L"*MediaAcces
 struct PluginModule {
   std::wstring path;
   platform::Module module;
-  std::vector<const CMediaFileFactory*> factories;
+  std::vector<const CMediaFileFactory*> factories;  // none when the module was skipped
 };
 
 constinit std::atomic<PluginWriterEntry*> writerEntry{nullptr};
 
-// Never unloaded, and never destroyed: the registry holds pointers into the modules.
-std::vector<PluginModule>& LoadedModules() {
-  static auto& modules = *new std::vector<PluginModule>;
+// Every module that was tried, once in the process. None is ever unloaded, a skipped one neither:
+// it may have registered a factory or started a thread by itself. Never destroyed.
+std::deque<PluginModule>& KnownModules() {
+  static auto& modules = *new std::deque<PluginModule>;
   return modules;
 }
 
-// What a module says about itself. Its own code runs here, and may throw.
-struct Offer {
-  bool hasVersion = false;
-  unsigned long version = kPluginInterfaceVersion;
-  PluginWriterEntry* writer = nullptr;
-};
-
-Offer Examine(PluginModule& plugin) {
-  Offer offer;
-  const platform::Module& module = plugin.module;
-  const auto getVersion =
-      module.Find<decltype(GetOptionalLibraryVersion)>("GetOptionalLibraryVersion");
-  const auto getCount = module.Find<decltype(GetOptionalFactoryCount)>("GetOptionalFactoryCount");
-  const auto getFactories = module.Find<decltype(GetOptionalFactories)>("GetOptionalFactories");
-  offer.writer = module.Find<PluginWriterEntry>("GetFFmpegWriterInstance");
-  offer.hasVersion = getVersion != nullptr;
-  if (offer.hasVersion) offer.version = getVersion();
-  if (offer.version != kPluginInterfaceVersion) return offer;
-  // Without a version to check, factories are not to be trusted with a call.
-  if (!offer.hasVersion || getCount == nullptr || getFactories == nullptr) return offer;
-  const unsigned long count = getCount();
-  if (count > kLargestPluginFactoryCount) throw QVERR_INVALID_ARGUMENT;
-  plugin.factories.resize(count);
-  plugin.factories.resize(std::min(count, getFactories(plugin.factories.data(), count)));
-  std::erase(plugin.factories, nullptr);
-  return offer;
-}
-
-bool IsLoaded(const platform::Module& module) {
-  const auto& modules = LoadedModules();
-  return std::any_of(modules.begin(), modules.end(),
-                     [&](const PluginModule& other) { return other.module.IsSame(module); });
-}
-
-bool IsLoaded(const std::wstring& path) {
-  const auto& modules = LoadedModules();
+bool IsKnown(const std::wstring& path) {
+  const auto& modules = KnownModules();
   return std::any_of(modules.begin(), modules.end(),
                      [&](const PluginModule& other) { return other.path == path; });
 }
 
-void LoadModule(const std::wstring& path) {
-  if (IsLoaded(path)) return;
-  PluginModule plugin;
-  plugin.path = path;
-  const auto skip = [&path](const wchar_t* reason) {
-    LibraryLog().Printf(L"Plug-in module skipped: %s: %s", path.c_str(), reason);
-  };
+bool IsLoadedTwice(const PluginModule& plugin) {
+  const auto& modules = KnownModules();
+  return std::any_of(modules.begin(), modules.end(), [&](const PluginModule& other) {
+    return &other != &plugin && other.module.IsSame(plugin.module);
+  });
+}
+
+// Loads a module and takes what it offers. Its own code runs here, and may throw.
+// @return why it is skipped; nothing when it is not.
+std::wstring TakeOffer(PluginModule& plugin) {
+  const platform::Module& module = plugin.module;
   std::wstring error;
-  if (!plugin.module.Load(path, error)) return skip(error.c_str());
-  if (IsLoaded(plugin.module)) return skip(L"loaded already, under another name");
-  Offer offer;
-  // An exception must have ended before the module that it came from is unloaded.
-  const QVERRORCODE_TAG result = NoThrow([&] {
-    offer = Examine(plugin);
+  if (!plugin.module.Load(plugin.path, error)) return error;
+  if (IsLoadedTwice(plugin)) return L"loaded already, under another name";
+  const auto getVersion =
+      module.Find<decltype(GetOptionalLibraryVersion)>("GetOptionalLibraryVersion");
+  const auto getCount = module.Find<decltype(GetOptionalFactoryCount)>("GetOptionalFactoryCount");
+  const auto getFactories = module.Find<decltype(GetOptionalFactories)>("GetOptionalFactories");
+  const auto writer = module.Find<PluginWriterEntry>("GetFFmpegWriterInstance");
+  const unsigned long version = getVersion != nullptr ? getVersion() : kPluginInterfaceVersion;
+  if (version != kPluginInterfaceVersion) {
+    return L"its interface has version " + std::to_wstring(version) + L", this library's has " +
+           std::to_wstring(kPluginInterfaceVersion);
+  }
+  std::wstring lacking;
+  if (getVersion == nullptr) lacking += L" GetOptionalLibraryVersion";
+  if (getCount == nullptr) lacking += L" GetOptionalFactoryCount";
+  if (getFactories == nullptr) lacking += L" GetOptionalFactories";
+  std::vector<const CMediaFileFactory*> factories;
+  // Without a version to check, factories are not to be trusted with a call.
+  if (lacking.empty()) {
+    const unsigned long count = getCount();
+    if (count > kLargestPluginFactoryCount) return L"it has too many factories";
+    factories.resize(count);
+    factories.resize(std::min(count, getFactories(factories.data(), count)));
+    std::erase(factories, nullptr);
+  }
+  LibraryLog().Write((L"Plug-in module loaded: " + plugin.path + L": factories: " +
+                      std::to_wstring(factories.size()) + L", writer: " +
+                      (writer != nullptr ? L"yes" : L"no") +
+                      (lacking.empty() ? L"" : L"; it lacks" + lacking))
+                         .c_str());
+  plugin.factories = std::move(factories);
+  if (writer != nullptr) writerEntry = writer;
+  return {};
+}
+
+void LoadModule(const std::wstring& path) {
+  if (IsKnown(path)) return;
+  PluginModule& plugin = KnownModules().emplace_back();
+  plugin.path = path;
+  std::wstring reason = L"an exception came out of it";
+  NoThrow([&] {
+    reason = TakeOffer(plugin);
     return QVERR_OK;
   });
-  if (result == QVERR_INVALID_ARGUMENT) return skip(L"it has too many factories");
-  if (result != QVERR_OK) return skip(L"an exception came out of it");
-  if (offer.version != kPluginInterfaceVersion) {
-    return skip((L"its interface has version " + std::to_wstring(offer.version) +
-                 L", this library's has " + std::to_wstring(kPluginInterfaceVersion))
-                    .c_str());
-  }
-  LibraryLog().Printf(L"Plug-in module loaded: %s: factories: %lu, writer: %s%s", path.c_str(),
-                      static_cast<unsigned long>(plugin.factories.size()),
-                      offer.writer != nullptr ? L"yes" : L"no",
-                      offer.hasVersion ? L"" : L"; it lacks GetOptionalLibraryVersion");
-  LoadedModules().push_back(std::move(plugin));
-  if (offer.writer != nullptr) writerEntry = offer.writer;
+  if (reason.empty()) return;
+  LibraryLog().Write((L"Plug-in module skipped: " + path + L": " + reason).c_str());
 }
 
 void LoadModules() {
@@ -122,7 +119,7 @@ void LoadModules() {
 QVERRORCODE_TAG RegisterPluginFactories(FactoryRegistry& registry) {
   LoadModules();
   QVERRORCODE_TAG result = QVERR_OK;
-  for (const PluginModule& plugin : LoadedModules()) {
+  for (const PluginModule& plugin : KnownModules()) {
     for (const CMediaFileFactory* const factory : plugin.factories) {
       const QVERRORCODE_TAG added = NoThrow([&] { return registry.AddUninitialized(*factory); });
       if (added == QVERR_OK) continue;

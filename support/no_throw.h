@@ -14,7 +14,8 @@ template <class Operation>
 QVERRORCODE_TAG NoThrow(const Operation& operation) noexcept try {
   return operation();
 } catch (QVERRORCODE_TAG code) {
-  return code;
+  // Thrown, success is none.
+  return code != QVERR_OK ? code : QVERR_CREATE_FAILED;
 } catch (...) {
   return QVERR_CREATE_FAILED;
 }

@@ -14,12 +14,11 @@ namespace Quorvex {
 class CMediaFileWriter;
 
 /// Loads the plug-in modules and registers their factories and the built-in ones. A second call
-/// adds nothing and returns the first result.
+/// adds nothing and returns the first result. Any thread.
 /// @return QVERR_OK, also when plug-in modules were skipped, which the log (log.h) tells;
-/// QVERR_BUSY
-///         when the registry's lock could not be had within 1000 ms; QVERR_CREATE_FAILED when
-///         memory runs out or a plug-in's factory threw an exception: every other factory is
-///         registered all the same. Any thread.
+///         QVERR_BUSY when the registry's lock could not be had within 1000 ms; QVERR_CREATE_FAILED
+///         when memory runs out; when a plug-in's factory threw an exception, its result code, the
+///         other factories being registered all the same.
 MEDIA_ACCESSOR_API QVERRORCODE_TAG InitializeMediaAccessorLibrary() noexcept;
 
 /// The same, and keeps the two texts for the licence decision on the licensed speech codecs.
@@ -56,7 +55,7 @@ MEDIA_ACCESSOR_API QVERRORCODE_TAG MediaAccessorGetLibraryVersion(char* buffer,
                                                                   unsigned long capacity) noexcept;
 
 /// True when a plug-in module supplies a writer. Initialises the library, as a use of the registry
-/// does. Any thread.
+/// does; false also when that could not be done. Any thread.
 MEDIA_ACCESSOR_API bool HasFFmpegWriter() noexcept;
 
 /// A new writer from the plug-in module that supplies one, owned by the caller, who ends it with

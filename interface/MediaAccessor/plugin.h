@@ -16,13 +16,18 @@
 //     GetFFmpegWriterInstance      its writer. Of several modules with one, the last counts
 //
 // A module that cannot be loaded is skipped. The library's log (log.h) says what was loaded, what
-// was skipped, and why; neither is a failure of the initialisation. A loaded module stays loaded
-// until the process ends.
+// was skipped, and why; neither is a failure of the initialisation. Each module is tried once in a
+// process, and what was loaded stays loaded until it ends.
 //
 // A plug-in is compiled like the application: for the same major version of the library, with a
 // compiler that shares its C++ binary interface. It includes this header, which declares the four
-// functions, and defines those that it has. An exception that one of them or a factory throws
-// becomes a result code, or no writer.
+// functions, and defines those that it has. A module from which an exception comes while it is
+// loaded and asked is skipped; one that comes from a factory becomes a result code, one from the
+// writer's function means no writer.
+//
+// While it is loaded and asked, the registry's lock is held: it must not wait for another thread
+// that uses the library. Modules of its own are found by its run path on Linux ($ORIGIN), and in
+// the library's directory on Windows.
 #pragma once
 
 #include <MediaAccessor/export.h>
@@ -35,7 +40,7 @@ class CMediaFileWriter;
 /// The version of this interface and of the public classes' tables that a plug-in is compiled for.
 inline constexpr unsigned long kPluginInterfaceVersion = 1;
 
-/// The most factories that one module may have; one that says more has none.
+/// The most factories that one module may have; one that says more is skipped.
 inline constexpr unsigned long kLargestPluginFactoryCount = 1000;
 
 }  // namespace Quorvex
@@ -48,9 +53,9 @@ MEDIA_ACCESSOR_PLUGIN_API unsigned long GetOptionalLibraryVersion();
 /// How many factories the module has.
 MEDIA_ACCESSOR_PLUGIN_API unsigned long GetOptionalFactoryCount();
 
-/// Stores the module's factories. They belong to the module and live until the process ends. A
-/// later one stands before an earlier one for an extension that both declare; the library's own
-/// formats stand before them all.
+/// Stores the module's factories. They belong to the module and outlive its static objects: make
+/// them with new. A later one stands before an earlier one for an extension that both declare; the
+/// library's own formats stand before them all.
 /// @param factories  receives them. Null ones are passed over.
 /// @param capacity   room in `factories`: what GetOptionalFactoryCount returned.
 /// @return how many were stored.

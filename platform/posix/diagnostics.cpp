@@ -18,7 +18,7 @@ void PrintFormat(std::FILE* stream, const std::wstring& format) {
   if (std::fwide(stream, 0) > 0) {
     std::fwprintf(stream, format.c_str());
   } else {
-    std::fprintf(stream, Narrow(format).c_str());
+    std::fprintf(stream, Narrow(format).c_str(), nullptr);  // takes no argument
   }
   std::fflush(stream);
 }

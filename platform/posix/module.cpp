@@ -4,12 +4,13 @@
 #include <dirent.h>
 #include <dlfcn.h>
 #include <fnmatch.h>
+#include <limits.h>
+#include <link.h>
+#include <sys/stat.h>
 
 #include <algorithm>
-#include <cstdint>
-#include <fstream>
+#include <filesystem>
 #include <memory>
-#include <sstream>
 #include <utility>
 
 #include "platform/posix/file_name.h"
@@ -20,20 +21,12 @@ namespace {
 
 constexpr std::size_t kLongestOwnPath = 1000;
 
-// The file that is mapped at an address, by the kernel's list of mappings:
-//     start-end access offset device inode     path
-std::string MappedFile(const void* address) {
-  std::ifstream mappings("/proc/self/maps");
-  for (std::string line; std::getline(mappings, line);) {
-    std::uintptr_t start = 0;
-    std::uintptr_t end = 0;
-    char dash = 0;
-    std::istringstream(line) >> std::hex >> start >> dash >> end;
-    const auto wanted = reinterpret_cast<std::uintptr_t>(address);
-    const std::size_t path = line.find('/');
-    if (start <= wanted && wanted < end && path != std::string::npos) return line.substr(path);
-  }
-  return {};
+// What the loader keeps about the module that an address is in; null when it is in none.
+link_map* MapOf(const void* address) {
+  Dl_info information{};
+  void* map = nullptr;
+  if (::dladdr1(address, &information, &map, RTLD_DL_LINKMAP) == 0) return nullptr;
+  return static_cast<link_map*>(map);
 }
 
 struct DirectoryCloser {
@@ -53,6 +46,12 @@ bool Module::Load(const std::wstring& path, std::wstring& error) {
     error = L"not the full path of a module";
     return false;
   }
+  struct stat status {};
+  // A named pipe would be waited for.
+  if (::stat(name.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) {
+    error = L"not a regular file";
+    return false;
+  }
   handle_ = ::dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL);
   if (handle_ != nullptr) return true;
   const char* const reason = ::dlerror();
@@ -61,18 +60,32 @@ bool Module::Load(const std::wstring& path, std::wstring& error) {
 }
 
 Module::Address Module::FindAddress(const char* name) const noexcept {
-  return handle_ != nullptr ? reinterpret_cast<Address>(::dlsym(handle_, name)) : nullptr;
+  if (handle_ == nullptr) return nullptr;
+  void* const address = ::dlsym(handle_, name);
+  // The search went on in what the module depends on, which may be a plug-in module too.
+  void* own = nullptr;
+  if (address == nullptr || ::dlinfo(handle_, RTLD_DI_LINKMAP, &own) != 0 ||
+      MapOf(address) != own) {
+    return nullptr;
+  }
+  return reinterpret_cast<Address>(address);
 }
 
 std::wstring OwnModuleDirectory() {
-  const auto* const address = reinterpret_cast<const void*>(&OwnModuleDirectory);
-  Dl_info information{};
-  if (::dladdr(address, &information) == 0) return {};
-  std::string path = information.dli_fname;
-  // A path that was relative when the module was loaded says nothing by now.
-  if (!path.starts_with('/')) path = MappedFile(address);
-  const std::wstring wide = Widen(path);
-  return wide.size() <= kLongestOwnPath ? wide.substr(0, wide.find_last_of(L'/') + 1) : L"";
+  link_map* const own = MapOf(reinterpret_cast<const void*>(&OwnModuleDirectory));
+  if (own == nullptr) return {};
+  // The loader's own words, since the path that it was told may be relative to a directory that the
+  // process has left. About the program itself, which has no name, it only repeats argv[0].
+  std::string directory;
+  if (own->l_name[0] == '\0') {
+    std::error_code error;
+    directory = std::filesystem::read_symlink("/proc/self/exe", error).parent_path();
+  } else {
+    char origin[PATH_MAX] = "";
+    if (::dlinfo(own, RTLD_DI_ORIGIN, origin) == 0) directory = origin;
+  }
+  const std::wstring wide = Widen(directory);
+  return wide.empty() || wide.size() > kLongestOwnPath ? L"" : wide + L'/';
 }
 
 // One walk over the directory, which may be one with thousands of libraries.

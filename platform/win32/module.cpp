@@ -37,7 +37,8 @@ Module::~Module() {
 }
 
 bool Module::Load(const std::wstring& path, std::wstring& error) {
-  const bool isFull = path.starts_with(L"\\\\") || (path.size() > 2 && path[1] == L':');
+  const bool isFull =
+      path.starts_with(L"\\\\") || (path.size() > 2 && path[1] == L':' && path[2] == L'\\');
   if (handle_ != nullptr || !isFull) {
     error = L"not the full path of a module";
     return false;

@@ -1,12 +1,17 @@
 // Plug-in modules that lack something or do something wrong, each compiled with its own choice:
-//     PLUGIN_VERSION      what GetOptionalLibraryVersion returns; without it the function is
-//     missing PLUGIN_COUNT        the statements of GetOptionalFactoryCount; likewise
+//
+//     PLUGIN_VERSION      what GetOptionalLibraryVersion returns
+//     PLUGIN_COUNT        the statements of GetOptionalFactoryCount
+//     PLUGIN_WRITER       the statements of GetFFmpegWriterInstance
+//     PLUGIN_LOADING      statements that run while the module is loaded
 //     PLUGIN_EXTENSION    the extension of the module's one factory
 //     PLUGIN_DECLARATION  statements that run when the factory is asked for its extensions
-//     PLUGIN_WRITER       the statements of GetFFmpegWriterInstance; without it that is missing
+//
+// Without one of the first three the function is missing.
 #include <MediaAccessor/all.h>
 #include <MediaAccessor/plugin.h>
 
+#include <cstdlib>
 #include <stdexcept>
 #include <string>
 
@@ -37,10 +42,17 @@ unsigned long GetOptionalFactoryCount() { PLUGIN_COUNT; }
 
 unsigned long GetOptionalFactories(const Quorvex::CMediaFileFactory** factories,
                                    unsigned long capacity) {
-  static const FaultyFactory factory;
+  static const auto& factory = *new FaultyFactory;
   for (unsigned long i = 0; i < capacity; ++i) factories[i] = i == 1 ? &factory : nullptr;
-  return 1000;  // more than there is room for
+  return ~0UL;  // more than there is room for
 }
+#endif
+
+#ifdef PLUGIN_LOADING
+[[maybe_unused]] static const bool loaded = [] {
+  PLUGIN_LOADING;
+  return true;
+}();
 #endif
 
 #ifdef PLUGIN_WRITER

@@ -57,6 +57,13 @@ class Plugins : public testing::Test {
     return about;
   }
 
+  static std::wstring Wide(const std::string& path) {
+    const std::u32string text = tests::Path(path).u32string();
+    std::wstring wide;
+    for (const char32_t character : text) wide += static_cast<wchar_t>(character);
+    return wide;
+  }
+
   static std::vector<std::wstring> FactoryNames() {
     std::vector<std::wstring> names;
     for (unsigned long i = 0; i < GetMediaFileFactoryCount(); ++i) {
@@ -105,6 +112,8 @@ TEST_F(Plugins, TheLogSaysWhatBecameOfEach) {
   EXPECT_EQ(LogOf("MediaAccessor.undeclared"),
             "Plug-in module loaded: factories: 1, writer: no\n"
             "Plug-in module: a factory failed to be registered: 600\n");
+  EXPECT_TRUE(LogOf("MediaAccessor.loading").starts_with("Plug-in module skipped: "))
+      << "it throws while it is loaded";
   const std::string broken = LogOf("MediaAccessor.broken");
   EXPECT_TRUE(broken.starts_with("Plug-in module skipped: ")) << broken;
   EXPECT_GT(broken.size(), 35U) << "the system's own words: " << broken;
@@ -124,17 +133,18 @@ TEST_F(Plugins, TheExampleReadsAndWrites) {
   ASSERT_TRUE(HasFFmpegWriter());
   const MediaFileWriterPtr writer(CreateFFmpegWriterInstance());
   ASSERT_NE(writer, nullptr);
-  const std::string path = directory->File("x.toy");
-  ASSERT_EQ(writer->WriteFile(recording.get(), path.c_str(), false), QVERR_OK);
+  const std::string path = directory->File("\xC3\xBC.toy");
+  const std::wstring widePath = Wide(path);
+  ASSERT_EQ(writer->WriteFile(recording.get(), widePath.c_str(), false), QVERR_OK);
   EXPECT_EQ(tests::ReadSamples(path), samples);
 
   MediaFilePtr toy;
-  ASSERT_EQ(MediaFileOpen(path.c_str(), toy), QVERR_OK);
+  ASSERT_EQ(MediaFileOpen(widePath.c_str(), toy), QVERR_OK);
   EXPECT_EQ(toy->GetMilliseconds(), 250U);
   EXPECT_EQ(tests::PullAll(*toy), samples);
   toy.reset();
   tests::WriteBytes(path, {1, 2, 3});
-  EXPECT_EQ(MediaFileOpen(path.c_str(), toy), QVERR_BAD_FORMAT);
+  EXPECT_EQ(MediaFileOpen(widePath.c_str(), toy), QVERR_BAD_FORMAT);
 }
 
 TEST_F(Plugins, AnExceptionOfTheirsIsAResult) {

@@ -1,4 +1,4 @@
-// Files where Windows differs: exclusive opening, devices, drives, the error mode.
+// Files where Windows differs: exclusive opening, devices, drives, the error mode, modules.
 #include <MediaAccessor/all.h>
 #include <gtest/gtest.h>
 #include <windows.h>
@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "platform/ft_file_impl.h"
+#include "platform/module.h"
 #include "platform/text.h"
 #include "platform/win32/error_mode_guard.h"
 #include "support/ft_file.h"
@@ -69,6 +70,22 @@ TEST_F(WindowsFile, NamesAreResolvedAsTheyAreWritten) {
   buffered.Open(fromRoot, false);
   EXPECT_EQ(buffered.GetName().substr(1), name.substr(1));
   std::filesystem::current_path(before);
+}
+
+TEST(WindowsModule, TheSearchDirectoryComesBack) {
+  const auto searched = [] {
+    wchar_t text[MAX_PATH] = L"";
+    return std::wstring(text, GetDllDirectoryW(MAX_PATH, text));
+  };
+  for (const std::wstring& before : {std::wstring(), std::wstring(L"C:\\windows")}) {
+    ASSERT_NE(SetDllDirectoryW(before.empty() ? nullptr : before.c_str()), 0);
+    {
+      const platform::ModuleSearchScope scope(L"C:\\");
+      EXPECT_EQ(searched(), L"C:\\");
+    }
+    EXPECT_EQ(searched(), before);
+  }
+  SetDllDirectoryW(nullptr);
 }
 
 TEST_F(WindowsFile, TheErrorModeComesBack) {

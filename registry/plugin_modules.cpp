@@ -74,7 +74,7 @@ std::wstring TakeOffer(PluginModule& plugin) {
   if (getFactories == nullptr) lacking += L" GetOptionalFactories";
   std::vector<const CMediaFileFactory*> factories;
   // Without a version to check, factories are not to be trusted with a call.
-  if (lacking.empty()) {
+  if (getVersion != nullptr && getCount != nullptr && getFactories != nullptr) {
     const unsigned long count = getCount();
     if (count > kLargestPluginFactoryCount) return L"it has too many factories";
     factories.resize(count);

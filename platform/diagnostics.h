@@ -13,8 +13,8 @@ namespace Quorvex::platform {
 void WriteToDebugger(const std::wstring& text);
 
 /// Prints with a format that takes no arguments, so that "%%" prints one per-cent sign, and
-/// flushes. On Windows this is fwprintf. On Linux too if the stream is a wide one; a narrow one,
-/// which knows no wide output, gets the narrow text by fprintf and stays narrow. May throw
+/// flushes. A wide stream gets it by fwprintf. A narrow one, to which that could not bring every
+/// character (on Linux none at all), gets the narrow text by fprintf and stays narrow. May throw
 /// std::bad_alloc.
 void PrintFormat(std::FILE* stream, const std::wstring& format);
 

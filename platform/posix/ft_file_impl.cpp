@@ -92,7 +92,7 @@ class CPosixFTFileImpl final : public CFTFileImpl {
   }
 
   std::istream* GetStream() override {
-    if (stream_ == nullptr && IsOpen()) stream_ = FileStream::Make(descriptor_);
+    if (stream_ == nullptr && IsOpen()) stream_ = FileStream::Make(*this);
     return stream_.get();
   }
 
@@ -133,14 +133,9 @@ class CPosixFTFileImpl final : public CFTFileImpl {
   }
 
   bool CloseAll() noexcept {
-    bool closed = true;
-    if (stream_ != nullptr) {
-      closed = stream_->Close();
-    } else if (IsOpen()) {
-      // The descriptor is gone also when the call was interrupted.
-      closed = ::close(descriptor_) == 0 || errno == EINTR;
-    }
     stream_.reset();
+    // The descriptor is gone also when the call was interrupted.
+    const bool closed = !IsOpen() || ::close(descriptor_) == 0 || errno == EINTR;
     descriptor_ = kClosed;
     modificationTime_ = 0;
     return closed;
@@ -153,7 +148,7 @@ class CPosixFTFileImpl final : public CFTFileImpl {
   }
 
   int descriptor_ = kClosed;
-  std::unique_ptr<FileStream> stream_;  // null, or the owner of the descriptor
+  std::unique_ptr<FileStream> stream_;  // null: nobody asked for it
   std::int64_t modificationTime_ = 0;   // 0: not known
 };
 

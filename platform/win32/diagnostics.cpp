@@ -1,6 +1,9 @@
 // Diagnostic text of Windows.
 #include "platform/diagnostics.h"
 
+#include <fcntl.h>
+#include <io.h>
+
 #include <ctime>
 #include <cwchar>
 
@@ -8,11 +11,28 @@
 #include "platform/win32/windows_api.h"
 
 namespace Quorvex::platform {
+namespace {
+
+// The mode of a stream is only told to who sets another.
+bool IsWide(std::FILE* stream) {
+  constexpr int kWideModes = _O_WTEXT | _O_U16TEXT | _O_U8TEXT;
+  std::fflush(stream);
+  const int mode = ::_setmode(::_fileno(stream), _O_TEXT);
+  if (mode == -1) return false;
+  ::_setmode(::_fileno(stream), mode);
+  return (mode & kWideModes) != 0;
+}
+
+}  // namespace
 
 void WriteToDebugger(const std::wstring& text) { ::OutputDebugStringW(text.c_str()); }
 
 void PrintFormat(std::FILE* stream, const std::wstring& format) {
-  std::fwprintf(stream, format.c_str());
+  if (IsWide(stream)) {
+    std::fwprintf(stream, format.c_str());
+  } else {
+    std::fprintf(stream, Narrow(format).c_str(), nullptr);  // takes no argument
+  }
   std::fflush(stream);
 }
 

@@ -4,7 +4,6 @@
 #include "platform/ft_file_impl.h"
 
 #include <MediaAccessor/result_code.h>
-#include <io.h>
 
 #include <ctime>
 
@@ -92,11 +91,7 @@ class CWin32FTFileImpl final : public CFTFileImpl {
   }
 
   std::istream* GetStream() override {
-    if (stream_ == nullptr && IsOpen()) {
-      // From here on the descriptor owns the handle.
-      const int descriptor = ::_open_osfhandle(reinterpret_cast<std::intptr_t>(handle_), 0);
-      if (descriptor >= 0) stream_ = FileStream::Make(descriptor);
-    }
+    if (stream_ == nullptr && IsOpen()) stream_ = FileStream::Make(*this);
     return stream_.get();
   }
 
@@ -132,13 +127,8 @@ class CWin32FTFileImpl final : public CFTFileImpl {
 
   bool CloseAll() noexcept {
     const SystemCall call;
-    bool closed = true;
-    if (stream_ != nullptr) {
-      closed = stream_->Close();
-    } else if (IsOpen()) {
-      closed = ::CloseHandle(handle_) != 0;
-    }
     stream_.reset();
+    const bool closed = !IsOpen() || ::CloseHandle(handle_) != 0;
     handle_ = INVALID_HANDLE_VALUE;
     modificationTime_ = 0;
     return closed;
@@ -159,7 +149,7 @@ class CWin32FTFileImpl final : public CFTFileImpl {
   }
 
   HANDLE handle_ = INVALID_HANDLE_VALUE;
-  std::unique_ptr<FileStream> stream_;  // null, or the owner of the handle
+  std::unique_ptr<FileStream> stream_;  // null: nobody asked for it
   std::int64_t modificationTime_ = 0;   // 0: not known
 };
 

@@ -210,6 +210,42 @@ TEST_F(FTLog, AFileThatCannotBeOpenedStopsNothing) {
   }
 }
 
+TEST_F(FTLog, CreationIsExclusive) {
+  const std::wstring name = platform::Widen(path);
+  std::FILE* stream = nullptr;
+  EXPECT_EQ(platform::OpenSharedStream(name.c_str(), stream), platform::StreamOpening::kMissing);
+  ASSERT_EQ(platform::CreateSharedStream(name.c_str(), stream), platform::StreamOpening::kOpened);
+  std::fputs("xy", stream);
+  std::fclose(stream);
+  EXPECT_EQ(platform::CreateSharedStream(name.c_str(), stream), platform::StreamOpening::kExists);
+  EXPECT_EQ(stream, nullptr);
+  EXPECT_EQ(tests::ReadBytes(path).size(), 2U) << "the first one's file is left alone";
+}
+
+TEST_F(FTLog, TheLibrarysLogTakesEveryFlag) {
+  EXPECT_EQ(MediaAccessorSetLog(path.c_str(), 64), QVERR_INVALID_ARGUMENT);
+  EXPECT_TRUE(LibraryLog().IsSilent()) << "nothing was changed";
+  ASSERT_EQ(MediaAccessorSetLog(path.c_str(), kLogStandardOutput | kLogTimeStamp | kLogThreadTag |
+                                                  kLogCloseAfterWrite),
+            QVERR_OK);
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  LibraryLog().Write(L"message");
+  EXPECT_NE(testing::internal::GetCapturedStdout().find("} message"), std::string::npos);
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(OnlyLine().size(),
+            std::string("[Sat Nov 21 14:56:06 2026] {0000000000001A2C} message\r\n").size());
+  std::filesystem::rename(path, directory.File("old.log"));  // closed, so Windows allows it
+  ASSERT_EQ(MediaAccessorSetLog(platform::Widen(path).c_str(), kLogDebugger), QVERR_OK);
+  testing::internal::CaptureStderr();
+  LibraryLog().Write(L"second");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            tests::kDebuggerIsStandardError ? "second\r\n" : "");
+  EXPECT_EQ(OnlyLine(), "second\r\n");
+  ASSERT_EQ(MediaAccessorSetLog("", 0), QVERR_OK);
+  EXPECT_TRUE(LibraryLog().IsSilent());
+}
+
 TEST_F(FTLog, SaysNothingByDefault) {
   EXPECT_TRUE(log.IsSilent());
   testing::internal::CaptureStdout();

@@ -112,8 +112,9 @@ TEST_F(Plugins, TheLogSaysWhatBecameOfEach) {
   EXPECT_EQ(LogOf("MediaAccessor.undeclared"),
             "Plug-in module loaded: factories: 1, writer: no\n"
             "Plug-in module: a factory failed to be registered: 600\n");
-  EXPECT_TRUE(LogOf("MediaAccessor.loading").starts_with("Plug-in module skipped: "))
-      << "it throws while it is loaded";
+  if (MEDIA_ACCESSOR_LOADING_MAY_THROW) {
+    EXPECT_TRUE(LogOf("MediaAccessor.loading").starts_with("Plug-in module skipped: "));
+  }
   const std::string broken = LogOf("MediaAccessor.broken");
   EXPECT_TRUE(broken.starts_with("Plug-in module skipped: ")) << broken;
   EXPECT_GT(broken.size(), 35U) << "the system's own words: " << broken;

@@ -49,8 +49,9 @@ class CFTFileImpl {
   /// is wanted: the value differs from the calendar time by the local offset from UTC. Remembered
   /// until the next Write.
   virtual std::int64_t GetModificationTime() = 0;
-  /// A binary input stream over the same open file, moving its position; always the same one. The
-  /// object keeps it until Close. Null when there is no memory or nothing is open.
+  /// A binary input stream over the same open file, moving its position; always the same one. It
+  /// reads ahead: seek it after any other operation, and the other way round. The object keeps it
+  /// until Close. Null when there is no memory or nothing is open.
   virtual std::istream* GetStream() = 0;
   /// Writes exactly so many bytes at the position.
   virtual void Write(const std::uint8_t* data, std::uint32_t count) = 0;

@@ -24,6 +24,9 @@ StreamOpening CreateSharedStream(const wchar_t* path, std::FILE*& stream);
 /// @param position  receives it, in bytes.
 bool SeekToEnd(std::FILE* stream, std::int64_t& position) noexcept;
 
+/// Cuts the file off at a position, dropping what is beyond it.
+void CutAt(std::FILE* stream, std::int64_t position) noexcept;
+
 /// Takes the lock of the stream's file unless another stream, of whatever process, has it: false.
 /// On a file system that knows no locks everybody gets it. It ends with the stream at the latest.
 bool TryLock(std::FILE* stream) noexcept;

@@ -17,8 +17,8 @@ using platform::CFTFileImpl;
 ///
 ///     closed  --Open-->  open  --Close-->  closed, again and again; a failed Open leaves it closed
 ///
-/// A file that was written to always ends on a 16-byte boundary afterwards: the last flush appends
-/// zero bytes. That is wanted.
+/// Writing back the buffer that holds the end of the file appends zero bytes up to a 16-byte
+/// boundary. That is wanted.
 ///
 /// After a QVERR_FILE_IO or QVERR_FILE_WRITE_FAILED the file stays open, at the position that was
 /// reached. Changes that could not be written are still in the buffer: Flush tries again, a Close
@@ -59,7 +59,7 @@ class CFTFile {
   void Write(const std::uint8_t* data, std::uint32_t count);
 
   /// Writes the changes in the buffer into the file. Nothing to do without any.
-  /// Throws QVERR_FILE_IO, QVERR_FILE_WRITE_FAILED.
+  /// Throws QVERR_FILE_IO, QVERR_FILE_WRITE_FAILED; QVERR_BAD_STATE from within another operation.
   void Flush();
 
   /// Closes the file, if one is open.

@@ -150,9 +150,12 @@ void CFTLog::Send(const std::wstring& line) {
 }
 
 void CFTLog::WriteToFile(const std::wstring& line) {
-  if (fileName_.empty() || !OpenFile() || !WaitForLock(stream_)) return;
-  const bool written = NoThrowOr(false, [&] { return Append(line); });
-  platform::Unlock(stream_);
+  if (fileName_.empty() || !OpenFile()) return;
+  bool written = false;
+  if (WaitForLock(stream_)) {
+    written = NoThrowOr(false, [&] { return Append(line); });
+    platform::Unlock(stream_);
+  }
   // After a failure the next message tries it afresh.
   if (flags_.closeAfterWrite || !written) CloseFile();
 }
@@ -175,8 +178,13 @@ bool CFTLog::OpenFile() {
 bool CFTLog::Append(const std::wstring& line) {
   std::int64_t position = 0;
   if (!platform::SeekToEnd(stream_, position)) return false;
-  if (position == 0 && !WriteUtf16(stream_, kByteOrderMark + header_)) return false;
-  return WriteUtf16(stream_, line);
+  if ((position > 0 || WriteUtf16(stream_, kByteOrderMark + header_)) &&
+      WriteUtf16(stream_, line)) {
+    return true;
+  }
+  // The disk is full. What arrived goes too, so that the next line begins where this one did.
+  platform::CutAt(stream_, position);
+  return false;
 }
 
 void CFTLog::CloseFile() noexcept {

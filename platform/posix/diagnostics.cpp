@@ -10,7 +10,11 @@
 namespace Quorvex::platform {
 
 void WriteToDebugger(const std::wstring& text) {
-  std::fputs(Narrow(text).c_str(), stderr);
+  if (std::fwide(stderr, 0) > 0) {
+    std::fputws(text.c_str(), stderr);
+  } else {
+    std::fputs(Narrow(text).c_str(), stderr);
+  }
   std::fflush(stderr);
 }
 
@@ -32,7 +36,7 @@ void FormatWide(wchar_t* buffer, std::size_t capacity, const wchar_t* format,
   std::FILE* const stream = ::open_wmemstream(&text, &length);
   if (stream == nullptr) return;
   std::vfwprintf(stream, format, arguments);
-  if (std::fclose(stream) == 0) {
+  if (std::fclose(stream) == 0 && text != nullptr) {
     if (length >= capacity) length = capacity - 1;
     std::wmemcpy(buffer, text, length);
     buffer[length] = L'\0';

@@ -98,6 +98,7 @@ class CPosixFTFileImpl final : public CFTFileImpl {
 
   void Write(const std::uint8_t* data, std::uint32_t count) override {
     modificationTime_ = 0;
+    if (!IsOpen()) throw QVERR_FILE_WRITE_FAILED;
     while (count > 0) {
       const ssize_t written = ::write(descriptor_, data, count);
       if (written < 0 && errno == EINTR) continue;
@@ -108,6 +109,7 @@ class CPosixFTFileImpl final : public CFTFileImpl {
   }
 
   void Read(std::uint8_t* data, std::uint32_t count) override {
+    if (!IsOpen()) throw QVERR_FILE_IO;
     while (count > 0) {
       const ssize_t got = ::read(descriptor_, data, count);
       if (got < 0 && errno == EINTR) continue;

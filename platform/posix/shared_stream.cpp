@@ -45,6 +45,11 @@ bool SeekToEnd(std::FILE* stream, std::int64_t& position) noexcept {
   return position >= 0;
 }
 
+void CutAt(std::FILE* stream, std::int64_t position) noexcept {
+  // Nothing can be done about a failure, which is one more of the disk.
+  [[maybe_unused]] const int result = ::ftruncate(::fileno(stream), position);
+}
+
 bool TryLock(std::FILE* stream) noexcept {
   return ::flock(::fileno(stream), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
 }

@@ -48,6 +48,7 @@ std::wstring LocalTimeText() {
   std::tm fields{};
   char text[26] = "";
   if (::localtime_s(&fields, &now) != 0 || ::asctime_s(text, sizeof text, &fields) != 0) return {};
+  if (text[8] == '0') text[8] = ' ';  // the day, as the standard has it
   return Widen(std::string_view(text).substr(0, 24));
 }
 

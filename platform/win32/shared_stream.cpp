@@ -57,6 +57,10 @@ bool SeekToEnd(std::FILE* stream, std::int64_t& position) noexcept {
   return position >= 0;
 }
 
+void CutAt(std::FILE* stream, std::int64_t position) noexcept {
+  ::_chsize_s(::_fileno(stream), position);
+}
+
 bool TryLock(std::FILE* stream) noexcept {
   OVERLAPPED at = LockedByte();
   if (::LockFileEx(HandleOf(stream), LOCKFILE_EXCLUSIVE_LOCK | LOCKFILE_FAIL_IMMEDIATELY, 0, 1, 0,

@@ -112,6 +112,7 @@ TEST_F(FTLog, PrefixesInTheirOrder) {
   EXPECT_EQ(line.size(),
             std::string("[Sat Nov 21 14:56:06 2026] {0000000000001A2C} message").size());
   EXPECT_TRUE(line.ends_with("} message"));
+  EXPECT_NE(line[9], '0') << "the first nine days of a month have one digit";
   EXPECT_EQ(std::strtoull(id, nullptr, 16), platform::CurrentThreadId());
 }
 

@@ -1,8 +1,11 @@
 // Files where a POSIX system differs: permissions, pipes, names, and no exclusive opening.
 #include <MediaAccessor/all.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
+
+#include <csignal>
 
 #include <filesystem>
 #include <memory>
@@ -10,6 +13,7 @@
 #include "platform/ft_file_impl.h"
 #include "platform/text.h"
 #include "support/ft_file.h"
+#include "support/ft_log.h"
 #include "tests/test_files.h"
 #include "tests/thrown_code.h"
 
@@ -49,6 +53,7 @@ class WithoutPrivileges {
 TEST_F(PosixFile, RefusalsByPermission) {
   const std::wstring readable = Existing("readable");
   const std::wstring unreadable = Existing("unreadable");
+  chmod(directory.File("").c_str(), 0755);
   chmod(directory.File("readable").c_str(), 0444);
   chmod(directory.File("unreadable").c_str(), 0);
   const WithoutPrivileges scope;
@@ -111,6 +116,25 @@ TEST_F(PosixFile, DescriptorsAreGivenBackOnce) {
     if (closed) other->Close();
   }
   EXPECT_EQ(openDescriptors(), before);
+}
+
+// A limit on the size of files stands for a full disk.
+TEST_F(PosixFile, AFullDiskLeavesWholeLinesInALog) {
+  const std::string path = directory.File("x.log");
+  CFTLog log(false, true);
+  log.SetDestinations(platform::Widen(path), {.appendLineEnd = true});
+  log.Write(L"first");
+  const auto whole = tests::ReadBytes(path);
+  rlimit before{};
+  getrlimit(RLIMIT_FSIZE, &before);
+  std::signal(SIGXFSZ, SIG_IGN);
+  const rlimit limit{whole.size() + 5, before.rlim_max};
+  setrlimit(RLIMIT_FSIZE, &limit);
+  log.Write(L"second");
+  setrlimit(RLIMIT_FSIZE, &before);
+  EXPECT_EQ(tests::ReadBytes(path), whole);
+  log.Write(L"third");
+  EXPECT_EQ(tests::ReadBytes(path).size(), whole.size() + 14);
 }
 
 }  // namespace

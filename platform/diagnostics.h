@@ -12,11 +12,8 @@ namespace Quorvex::platform {
 /// std::bad_alloc.
 void WriteToDebugger(const std::wstring& text);
 
-/// Prints with a format that takes no arguments, so that "%%" prints one per-cent sign, and
-/// flushes. A wide stream gets it by fwprintf. A narrow one, to which that could not bring every
-/// character (on Linux none at all), gets the narrow text by fprintf and stays narrow. May throw
-/// std::bad_alloc.
-void PrintFormat(std::FILE* stream, const std::wstring& format);
+/// Whether a stream takes wide text, because the program made it a wide one.
+bool IsWide(std::FILE* stream) noexcept;
 
 /// Formats as ISO C does ("%s" takes narrow text, "%ls" wide text) and cuts what does not fit.
 /// @param buffer    receives the text, terminated.

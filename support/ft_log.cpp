@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstdarg>
 #include <cstdint>
+#include <cwchar>
 #include <iterator>
 #include <new>
 #include <string_view>
@@ -50,16 +51,10 @@ std::wstring IsoFormat(std::wstring_view format) {
   return iso;
 }
 
-void Format(wchar_t* buffer, std::size_t capacity, const wchar_t* format, ...) {
-  std::va_list arguments;
-  va_start(arguments, format);
-  platform::FormatWide(buffer, capacity, IsoFormat(format).c_str(), arguments);
-  va_end(arguments);
-}
-
 std::wstring ThreadTag() {
   wchar_t tag[32];
-  Format(tag, std::size(tag), L"{%08p} ", std::uintptr_t{platform::CurrentThreadId()});
+  std::swprintf(tag, std::size(tag), L"{%.16llX} ",
+                static_cast<unsigned long long>(platform::CurrentThreadId()));
   return tag;
 }
 
@@ -74,6 +69,17 @@ std::wstring WithoutArguments(std::wstring_view line) {
     if (i + 1 < line.size() && line[i + 1] == L'%') ++i;
   }
   return format;
+}
+
+// Narrow streams, to which fwprintf could not bring every character (on Linux none at all), stay
+// narrow and get narrow text.
+void PrintFormat(std::FILE* stream, const std::wstring& format) {
+  if (platform::IsWide(stream)) {
+    std::fwprintf(stream, format.c_str());
+  } else {
+    std::fprintf(stream, platform::Narrow(format).c_str(), nullptr);  // takes no argument
+  }
+  std::fflush(stream);
 }
 
 bool WriteUtf16(std::FILE* stream, std::wstring_view text) {
@@ -145,8 +151,8 @@ std::wstring CFTLog::MakeLine(const wchar_t* text) const {
 void CFTLog::Send(const std::wstring& line) {
   WriteToFile(line);
   if (flags_.debugger) platform::WriteToDebugger(line);
-  if (flags_.standardOutput) platform::PrintFormat(stdout, WithoutArguments(line));
-  if (flags_.standardError) platform::PrintFormat(stderr, WithoutArguments(line));
+  if (flags_.standardOutput) PrintFormat(stdout, WithoutArguments(line));
+  if (flags_.standardError) PrintFormat(stderr, WithoutArguments(line));
 }
 
 void CFTLog::WriteToFile(const std::wstring& line) {

@@ -9,22 +9,15 @@
 
 namespace Quorvex::platform {
 
+bool IsWide(std::FILE* stream) noexcept { return std::fwide(stream, 0) > 0; }
+
 void WriteToDebugger(const std::wstring& text) {
-  if (std::fwide(stderr, 0) > 0) {
+  if (IsWide(stderr)) {
     std::fputws(text.c_str(), stderr);
   } else {
     std::fputs(Narrow(text).c_str(), stderr);
   }
   std::fflush(stderr);
-}
-
-void PrintFormat(std::FILE* stream, const std::wstring& format) {
-  if (std::fwide(stream, 0) > 0) {
-    std::fwprintf(stream, format.c_str());
-  } else {
-    std::fprintf(stream, Narrow(format).c_str(), nullptr);  // takes no argument
-  }
-  std::fflush(stream);
 }
 
 // vswprintf fails where it should cut, so the text is made as long as it gets.

@@ -11,10 +11,9 @@
 #include "platform/win32/windows_api.h"
 
 namespace Quorvex::platform {
-namespace {
 
 // The mode of a stream is only told to who sets another.
-bool IsWide(std::FILE* stream) {
+bool IsWide(std::FILE* stream) noexcept {
   constexpr int kWideModes = _O_WTEXT | _O_U16TEXT | _O_U8TEXT;
   std::fflush(stream);
   const int mode = ::_setmode(::_fileno(stream), _O_TEXT);
@@ -23,18 +22,7 @@ bool IsWide(std::FILE* stream) {
   return (mode & kWideModes) != 0;
 }
 
-}  // namespace
-
 void WriteToDebugger(const std::wstring& text) { ::OutputDebugStringW(text.c_str()); }
-
-void PrintFormat(std::FILE* stream, const std::wstring& format) {
-  if (IsWide(stream)) {
-    std::fwprintf(stream, format.c_str());
-  } else {
-    std::fprintf(stream, Narrow(format).c_str(), nullptr);  // takes no argument
-  }
-  std::fflush(stream);
-}
 
 void FormatWide(wchar_t* buffer, std::size_t capacity, const wchar_t* format,
                 std::va_list arguments) noexcept {

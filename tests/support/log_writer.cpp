@@ -1,7 +1,7 @@
 // A process of its own for the tests of the log.
-//     log_writer file PATH COUNT TAG    appends COUNT lines, each with TAG and its number, to a
-//     file log_writer print MESSAGE          sends one message to debugger, standard output and
-//     error
+//
+//     log_writer file PATH COUNT TAG    appends COUNT lines to a file, TAG and a number in each
+//     log_writer print MESSAGE          sends one message to debugger and standard streams
 #include <cstdio>
 #include <cstdlib>
 #include <string>

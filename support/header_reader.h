@@ -41,12 +41,16 @@ class HeaderReader {
   std::uint64_t size_;
 };
 
-/// Little-endian fields of a header.
+/// Fields of a header.
 inline std::uint32_t LittleEndian16(const unsigned char* bytes) noexcept {
   return bytes[0] | static_cast<std::uint32_t>(bytes[1]) << 8;
 }
 inline std::uint32_t LittleEndian32(const unsigned char* bytes) noexcept {
   return LittleEndian16(bytes) | LittleEndian16(bytes + 2) << 16;
+}
+inline std::uint32_t BigEndian32(const unsigned char* bytes) noexcept {
+  return static_cast<std::uint32_t>(bytes[0]) << 24 | static_cast<std::uint32_t>(bytes[1]) << 16 |
+         static_cast<std::uint32_t>(bytes[2]) << 8 | bytes[3];
 }
 
 }  // namespace Quorvex

@@ -9,20 +9,11 @@
 // the channel count: bits per sample is never read.
 #include "formats/portable_wav/portable_wav_media_file.h"
 
-#include <algorithm>
 #include <cstring>
-#include <limits>
 #include <string_view>
 
-#include <MediaAccessor/multi_channel_media_file.h>
-
-#include "platform/input_file.h"
-#include "support/allocator.h"
-#include "support/cft_array.h"
 #include "support/fixed_media_file_factory.h"
-#include "support/no_throw.h"
 #include "support/sample_conversion.h"
-#include "support/text.h"
 
 namespace Quorvex {
 namespace {
@@ -112,102 +103,28 @@ bool IsAcceptedWidth(std::uint32_t tag, std::uint32_t bytesPerSample) {
   }
 }
 
-std::wstring_view EncodingName(WaveLaw law, int bytesPerSample) {
-  if (law == WaveLaw::kALaw) return L"CCITT A-Law";
-  if (law == WaveLaw::kMuLaw) return L"CCITT u-Law";
-  return bytesPerSample == 1 ? L"Uncompressed unsigned 8-bit linear PCM"
-                             : L"Uncompressed signed 16-bit linear PCM";
-}
-
-class CPortableInputWAVMediaFileImpl final : public MultiChannelMediaFile, public AllocatedObject {
- public:
-  using CMediaAccessor::GetDescription;
-  using CMediaFile::GetFormatDescription;
-
-  unsigned long GetSamplingFrequency() const override { return header_.samplingFrequency; }
-  int GetTrackChannelCount() const override { return header_.channels; }
-  unsigned long GetMilliseconds() const override { return header_.milliseconds; }
-  unsigned long GetDescription(wchar_t* buffer, unsigned long capacity) const override {
-    return CopyText(kFormatName, buffer, capacity);
-  }
-  unsigned long GetFormatDescription(wchar_t* buffer, unsigned long capacity) const override {
-    return CopyText(file_.IsOpen() ? EncodingName(header_.law, header_.bytesPerSample)
-                                   : std::wstring_view(L"File not open"),
-                    buffer, capacity);
-  }
-
+class CPortableInputWAVMediaFileImpl final : public UnitMediaFile<> {
  protected:
-  QVERRORCODE_TAG OpenFormat(const wchar_t* path) override;
-  void CloseFormat() override;
-  QVERRORCODE_TAG ReadRawBlock(const short*& samples, unsigned long& frames,
-                               void* context) override;
+  QVERRORCODE_TAG ReadHeader(const wchar_t*, HeaderReader& reader, UnitAudio& audio) override {
+    const QVERRORCODE_TAG result = ParsePortableWAVHeader(reader, header_);
+    if (result == QVERR_OK) audio = header_.audio;
+    return result;
+  }
+  void Decode(const unsigned char* units, std::size_t count, short* samples) override {
+    ConvertToInt16(header_.law, header_.bytesPerSample, units,
+                   count * static_cast<std::size_t>(header_.audio.facts.channels), samples);
+  }
+  std::wstring_view FormatName() const override { return kFormatName; }
+  std::wstring EncodingName() const override {
+    if (header_.law == WaveLaw::kALaw) return L"CCITT A-Law";
+    if (header_.law == WaveLaw::kMuLaw) return L"CCITT u-Law";
+    return header_.bytesPerSample == 1 ? L"Uncompressed unsigned 8-bit linear PCM"
+                                       : L"Uncompressed signed 16-bit linear PCM";
+  }
 
  private:
-  bool AllocateBuffers();
-
-  platform::InputFile file_;
   PortableWAVHeader header_;
-  std::uint64_t position_ = 0;     // frames read so far
-  std::uint64_t blockFrames_ = 0;  // frames in a whole block: one second
-  CFTarray<unsigned char> input_;  // a block as it is in the file, unless it is 16-bit PCM
-  CFTarray<short> samples_;        // a block of samples; 16-bit PCM is read right into it
 };
-
-QVERRORCODE_TAG CPortableInputWAVMediaFileImpl::OpenFormat(const wchar_t* path) {
-  return NoThrow([&] {
-    if (!file_.Open(path)) return QVERR_FILE_OPEN_FAILED;
-    HeaderReader reader(file_);
-    QVERRORCODE_TAG result = ParsePortableWAVHeader(reader, header_);
-    if (result == QVERR_OK && !AllocateBuffers()) result = QVERR_CREATE_FAILED;
-    if (result != QVERR_OK) CloseFormat();
-    return result;
-  });
-}
-
-// A block is one second, at most 96,000 frames of 4 bytes. The length is part of the result for
-// 32-bit samples, which are scaled a block at a time.
-bool CPortableInputWAVMediaFileImpl::AllocateBuffers() {
-  blockFrames_ = std::min<std::uint64_t>(header_.frames, header_.samplingFrequency);
-  const auto samples =
-      static_cast<std::size_t>(blockFrames_) * static_cast<std::size_t>(header_.channels);
-  const std::size_t width = static_cast<std::size_t>(header_.bytesPerSample);
-  return samples_.Resize(samples) && (width == sizeof(short) || input_.Resize(samples * width));
-}
-
-void CPortableInputWAVMediaFileImpl::CloseFormat() {
-  file_.Close();
-  header_ = {};
-  position_ = 0;
-  blockFrames_ = 0;
-  input_.Reset();
-  samples_.Reset();
-}
-
-QVERRORCODE_TAG CPortableInputWAVMediaFileImpl::ReadRawBlock(const short*& samples,
-                                                             unsigned long& frames, void*) {
-  if (!file_.IsOpen()) return QVERR_FILE_NOT_OPEN;
-  const auto wanted = static_cast<std::size_t>(std::min(header_.frames - position_, blockFrames_));
-  if (wanted == 0) return QVERR_OK;
-  const auto channels = static_cast<std::size_t>(header_.channels);
-  const bool isPlain = header_.bytesPerSample == sizeof(short);
-  const std::size_t frameBytes = channels * static_cast<std::size_t>(header_.bytesPerSample);
-  void* const input = isPlain ? static_cast<void*>(samples_.Data()) : input_.Data();
-  std::size_t got = 0;
-  if (!file_.ReadAt(header_.dataOffset + position_ * frameBytes, input, wanted * frameBytes, got)) {
-    return QVERR_FILE_IO;
-  }
-  // The data was all there when the file was opened: without a whole frame it has been cut since.
-  const std::size_t gotFrames = got / frameBytes;
-  if (gotFrames == 0) return QVERR_FILE_IO;
-  position_ += gotFrames;
-  if (!isPlain) {
-    ConvertToInt16(header_.law, header_.bytesPerSample, input_.Data(), gotFrames * channels,
-                   samples_.Data());
-  }
-  samples = samples_.Data();
-  frames = static_cast<unsigned long>(gotFrames);
-  return QVERR_OK;
-}
 
 class CPortableInputWAVMediaFileFactory final : public FixedMediaFileFactory {
  public:
@@ -230,16 +147,18 @@ QVERRORCODE_TAG ParsePortableWAVHeader(HeaderReader& reader, PortableWAVHeader& 
   const std::uint32_t bytesPerSample = chunks.blockAlign / chunks.channels;
   if (!IsAcceptedWidth(chunks.tag, bytesPerSample)) return QVERR_BAD_FORMAT;
   header.law = static_cast<WaveLaw>(chunks.tag);
-  header.channels = static_cast<int>(chunks.channels);
-  header.samplingFrequency = chunks.samplingFrequency;
   header.bytesPerSample = static_cast<int>(bytesPerSample);
-  header.dataOffset = chunks.dataOffset;
-  header.frames = chunks.dataSize / chunks.blockAlign;
-  const double milliseconds =
-      static_cast<double>(header.frames) * 1000.0 / static_cast<double>(header.samplingFrequency);
-  constexpr std::uint32_t kLongest = std::numeric_limits<std::uint32_t>::max();
-  header.milliseconds =
-      milliseconds < kLongest ? static_cast<std::uint32_t>(milliseconds) : kLongest;
+  const double frames = static_cast<double>(chunks.dataSize / chunks.blockAlign);
+  header.audio.facts = {.channels = static_cast<int>(chunks.channels),
+                        .samplingFrequency = chunks.samplingFrequency,
+                        .milliseconds = ToMilliseconds(frames * 1000.0 / chunks.samplingFrequency)};
+  // A block is one second, which is part of the result for 32-bit samples: they are scaled a block
+  // at a time.
+  header.audio.layout = {.offset = chunks.dataOffset,
+                         .size = chunks.dataSize,
+                         .unitBytes = chunks.blockAlign,
+                         .blockUnits = chunks.samplingFrequency};
+  header.audio.isPlain = header.bytesPerSample == sizeof(short);
   return QVERR_OK;
 }
 

@@ -1,12 +1,11 @@
 // The portable WAV reader: a strict subset of RIFF/WAVE, without any platform codec.
 #pragma once
 
-#include <cstdint>
-
 #include <MediaAccessor/result_code.h>
 
 #include "support/g711.h"
 #include "support/header_reader.h"
+#include "support/unit_media_file.h"
 
 namespace Quorvex {
 
@@ -14,13 +13,9 @@ class CMediaFileFactory;
 
 /// The facts of a WAV file that the reader accepts.
 struct PortableWAVHeader {
+  UnitAudio audio;  // 1 or 2 channels, 1 to 96,000 Hz; a unit is a frame
   WaveLaw law = WaveLaw::kLinear;
-  int channels = 0;                     // 1 or 2
-  std::uint32_t samplingFrequency = 0;  // in Hz, 1 to 96,000
-  int bytesPerSample = 0;               // 1, 2 or 4
-  std::uint64_t dataOffset = 0;         // of the first frame in the file, in bytes
-  std::uint64_t frames = 0;
-  std::uint32_t milliseconds = 0;  // truncated; the largest value when it does not fit
+  int bytesPerSample = 0;  // 1, 2 or 4
 };
 
 /// Reads the header. @return QVERR_OK; QVERR_BAD_FORMAT for anything that the reader does not take.

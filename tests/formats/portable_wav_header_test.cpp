@@ -95,12 +95,12 @@ TEST(PortableWAVHeader, Facts) {
   PortableWAVHeader header;
   ASSERT_EQ(Parse(wav.ToBytes(), header), QVERR_OK);
   EXPECT_EQ(header.law, WaveLaw::kMuLaw);
-  EXPECT_EQ(header.channels, 2);
-  EXPECT_EQ(header.samplingFrequency, 3U);
+  EXPECT_EQ(header.audio.facts.channels, 2);
+  EXPECT_EQ(header.audio.facts.samplingFrequency, 3U);
   EXPECT_EQ(header.bytesPerSample, 1);
-  EXPECT_EQ(header.dataOffset, 56U);
-  EXPECT_EQ(header.frames, 10U);
-  EXPECT_EQ(header.milliseconds, 3333U);
+  EXPECT_EQ(header.audio.layout.offset, 56U);
+  EXPECT_EQ(header.audio.layout.size, 20U);
+  EXPECT_EQ(header.audio.facts.milliseconds, 3333U);
 }
 
 TEST(PortableWAVHeader, ALengthThatDoesNotFitIsTheLargest) {
@@ -111,7 +111,7 @@ TEST(PortableWAVHeader, ALengthThatDoesNotFitIsTheLargest) {
   wav.data.assign(5'000'000, '\0');  // 5,000,000 s
   PortableWAVHeader header;
   ASSERT_EQ(Parse(wav.ToBytes(), header), QVERR_OK);
-  EXPECT_EQ(header.milliseconds, 0xFFFFFFFFU);
+  EXPECT_EQ(header.audio.facts.milliseconds, 0xFFFFFFFFU);
 }
 
 }  // namespace

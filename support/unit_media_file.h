@@ -1,0 +1,78 @@
+// UnitMediaFile: the base of readers whose audio lies in the file as one stretch of equal units.
+#pragma once
+
+#include "support/built_in_media_file.h"
+#include "support/cft_array.h"
+#include "support/header_reader.h"
+#include "support/unit_reader.h"
+
+namespace Quorvex {
+
+/// What a format's header says about the file.
+struct UnitAudio {
+  AudioFacts facts;
+  UnitLayout layout;
+  std::size_t unitFrames = 1;  // frames in a unit
+  bool isPlain = false;        // a unit is a frame of samples just as they are delivered
+};
+
+/// A format derives from it and supplies ReadHeader and Decode besides what BuiltInMediaFile asks
+/// for. Everything else about opening, reading and closing is here.
+template <class Interface = MultiChannelMediaFile>
+class UnitMediaFile : public BuiltInMediaFile<Interface> {
+ protected:
+  /// Reads the header of a file that was just opened, and prepares for its first unit. Nothing is
+  /// allocated for a file that it refuses. @return QVERR_OK or why the file is refused.
+  virtual QVERRORCODE_TAG ReadHeader(const wchar_t* path, HeaderReader& reader,
+                                     UnitAudio& audio) = 0;
+  /// Decodes units, in the order of the file. Not called for a plain file.
+  /// @param samples  receives count x unitFrames frames of all channels, interleaved.
+  virtual void Decode(const unsigned char* units, std::size_t count, short* samples) = 0;
+
+  const AudioFacts& Facts() const final { return audio_.facts; }
+
+  QVERRORCODE_TAG OpenFormat(const wchar_t* path) final {
+    const QVERRORCODE_TAG result = NoThrow([&] {
+      if (!units_.Open(path)) return QVERR_FILE_OPEN_FAILED;
+      HeaderReader reader(units_.File());
+      const QVERRORCODE_TAG read = ReadHeader(path, reader, audio_);
+      if (read != QVERR_OK) return read;
+      const std::size_t units = units_.Start(audio_.layout);
+      const std::size_t frames = audio_.isPlain ? 0 : units * audio_.unitFrames;
+      const bool hasMemory =
+          units > 0 && samples_.Resize(frames * static_cast<std::size_t>(audio_.facts.channels));
+      return hasMemory ? QVERR_OK : QVERR_CREATE_FAILED;
+    });
+    if (result != QVERR_OK) CloseFormat();
+    return result;
+  }
+
+  void CloseFormat() final {
+    units_.Close();
+    samples_.Reset();
+    audio_ = {};
+  }
+
+  QVERRORCODE_TAG ReadRawBlock(const short*& samples, unsigned long& frames, void*) final {
+    if (!units_.IsOpen()) return QVERR_FILE_NOT_OPEN;
+    const unsigned char* units = nullptr;
+    std::size_t count = 0;
+    const QVERRORCODE_TAG result = units_.Next(units, count);
+    if (result != QVERR_OK || count == 0) return result;
+    if (audio_.isPlain) {
+      samples = reinterpret_cast<const short*>(units);
+    } else {
+      Decode(units, count, samples_.Data());
+      samples = samples_.Data();
+    }
+    frames = static_cast<unsigned long>(count * audio_.unitFrames);
+    return QVERR_OK;
+  }
+
+ private:
+  UnitReader units_;
+  UnitAudio audio_;
+  CFTarray<short> samples_;  // a decoded block
+};
+
+}  // namespace Quorvex

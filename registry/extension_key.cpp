@@ -37,8 +37,12 @@ std::wstring ExtensionKey(std::wstring_view pathOrExtension) {
 }
 
 std::wstring ExtensionForOpening(std::wstring_view path) {
-  const std::wstring_view name = path.substr(AfterLastSeparator(path));
-  return name.find(L'.') == std::wstring_view::npos ? std::wstring() : ExtensionKey(name);
+  const std::size_t dot = path.rfind(L'.');
+  if (dot == std::wstring_view::npos) return {};
+  std::wstring key(path.substr(dot + 1));
+  if (std::any_of(key.begin(), key.end(), platform::IsPathSeparator)) return {};
+  std::transform(key.begin(), key.end(), key.begin(), Lower);
+  return key;
 }
 
 }  // namespace Quorvex

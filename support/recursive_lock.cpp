@@ -37,15 +37,15 @@ bool LockBackOff::Next(int& sleepMilliseconds) noexcept {
 }
 
 bool RecursiveLock::IsOwner() const noexcept {
-  // Only the calling thread itself can have stored its own id, so no ordering is needed.
-  const std::uint32_t owner = owner_.load(std::memory_order_relaxed);
-  return owner != 0 && owner == platform::CurrentThreadId();
+  // Only the calling thread itself can have stored its own mark, so no ordering is needed.
+  const std::uintptr_t owner = owner_.load(std::memory_order_relaxed);
+  return owner != 0 && owner == platform::CurrentThreadMark();
 }
 
 bool RecursiveLock::Acquire(int limitMilliseconds) noexcept {
   if (!IsOwner()) {
     if (!TryUntil(limitMilliseconds, [this] { return lock_.TryLock(); })) return false;
-    owner_.store(platform::CurrentThreadId(), std::memory_order_relaxed);
+    owner_.store(platform::CurrentThreadMark(), std::memory_order_relaxed);
   }
   ++count_;
   return true;

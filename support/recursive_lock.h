@@ -50,7 +50,7 @@ class SlimLock {
   std::atomic<int> holders_{0};
 };
 
-/// A recursive lock, owned by a thread id with a recursion count, with a shared form beside it. Any
+/// A recursive lock, owned by a thread with a recursion count, with a shared form beside it. Any
 /// thread.
 class RecursiveLock {
  public:
@@ -74,8 +74,8 @@ class RecursiveLock {
   bool IsOwner() const noexcept;
 
   SlimLock lock_;
-  std::atomic<std::uint32_t> owner_{0};  // 0: nobody
-  int count_ = 0;                        // touched by the owner only
+  std::atomic<std::uintptr_t> owner_{0};  // 0: nobody
+  int count_ = 0;                         // touched by the owner only
 };
 
 /// Holds a RecursiveLock for a scope, if it could be had within the limit.

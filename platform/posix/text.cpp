@@ -4,6 +4,7 @@
 //     any other byte 80..FF   <->  U+DC80..U+DCFF, which valid UTF-8 never contains
 #include "platform/text.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -16,6 +17,14 @@ constexpr std::uint32_t kEscapeLast = 0xDCFF;   // stands for byte 0xFF
 std::uint32_t CodeOf(wchar_t character) { return static_cast<char32_t>(character); }
 
 bool IsSurrogate(std::uint32_t code) { return code >= 0xD800 && code <= 0xDFFF; }
+
+// How many of the first characters are ASCII, as in most texts all are: they stay as they are.
+template <class Character>
+std::size_t PlainLength(std::basic_string_view<Character> text) {
+  const auto isPlain = [](Character c) { return static_cast<std::uint32_t>(c) < 0x80; };
+  return static_cast<std::size_t>(
+      std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
+}
 
 // Length of the UTF-8 sequence that starts here, its code point in `code`; 0 when it is not valid
 // (RFC 3629: shortest form, no surrogates, at most U+10FFFF).
@@ -69,8 +78,9 @@ void AppendUtf8(std::string& text, std::uint32_t code) {
 }  // namespace
 
 std::wstring Widen(std::string_view narrow) {
-  std::wstring wide;
-  wide.reserve(narrow.size());
+  const std::size_t plain = PlainLength(narrow);
+  std::wstring wide(narrow.begin(), narrow.begin() + static_cast<std::ptrdiff_t>(plain));
+  narrow.remove_prefix(plain);
   while (!narrow.empty()) {
     std::uint32_t code = 0;
     std::size_t length = DecodeSequence(narrow, code);
@@ -85,8 +95,10 @@ std::wstring Widen(std::string_view narrow) {
 }
 
 std::string Narrow(std::wstring_view wide) {
-  std::string narrow;
-  narrow.reserve(wide.size());
+  std::string narrow(PlainLength(wide), '\0');
+  std::transform(wide.begin(), wide.begin() + static_cast<std::ptrdiff_t>(narrow.size()),
+                 narrow.begin(), [](wchar_t character) { return static_cast<char>(character); });
+  wide.remove_prefix(narrow.size());
   for (const wchar_t character : wide) {
     const std::uint32_t code = CodeOf(character);
     if (code >= kEscapeFirst && code <= kEscapeLast) {

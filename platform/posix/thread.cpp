@@ -1,6 +1,7 @@
 // Thread services of Linux.
 #include "platform/thread.h"
 
+#include <pthread.h>
 #include <unistd.h>
 
 #include <chrono>
@@ -9,6 +10,8 @@
 namespace Quorvex::platform {
 
 std::uint32_t CurrentThreadId() noexcept { return static_cast<std::uint32_t>(::gettid()); }
+
+std::uintptr_t CurrentThreadMark() noexcept { return ::pthread_self(); }
 
 void SleepMilliseconds(int milliseconds) noexcept {
   if (milliseconds <= 0) {

@@ -7,6 +7,8 @@ namespace Quorvex::platform {
 
 std::uint32_t CurrentThreadId() noexcept { return ::GetCurrentThreadId(); }
 
+std::uintptr_t CurrentThreadMark() noexcept { return ::GetCurrentThreadId(); }
+
 void SleepMilliseconds(int milliseconds) noexcept {
   ::Sleep(milliseconds > 0 ? static_cast<DWORD>(milliseconds) : 0);
 }

@@ -26,8 +26,8 @@ inline std::uint32_t ToMilliseconds(double milliseconds) noexcept {
   return milliseconds < kLongest ? static_cast<std::uint32_t>(milliseconds) : kLongest;
 }
 
-/// A reader derives from it and supplies Facts, FormatName and EncodingName besides what
-/// MultiChannelMediaFile asks for: OpenFormat, CloseFormat and ReadRawBlock.
+/// A reader derives from it and supplies OpenAudio, Facts, FormatName and EncodingName besides what
+/// MultiChannelMediaFile asks for: CloseFormat and ReadRawBlock.
 /// @tparam Interface  the public class that is implemented.
 template <class Interface = MultiChannelMediaFile>
 class BuiltInMediaFile : public Interface, public AllocatedObject {
@@ -48,11 +48,20 @@ class BuiltInMediaFile : public Interface, public AllocatedObject {
   }
 
  protected:
+  /// Opens the file and gets ready for its first block. After a failure, returned or thrown,
+  /// CloseFormat is called.
+  virtual QVERRORCODE_TAG OpenAudio(const wchar_t* path) = 0;
   /// Of the open file; all 0 while closed.
   virtual const AudioFacts& Facts() const = 0;
   virtual std::wstring_view FormatName() const = 0;
   /// Of the open file. May throw std::bad_alloc.
   virtual std::wstring EncodingName() const = 0;
+
+  QVERRORCODE_TAG OpenFormat(const wchar_t* path) final {
+    const QVERRORCODE_TAG result = NoThrow([&] { return OpenAudio(path); });
+    if (result != QVERR_OK) this->CloseFormat();
+    return result;
+  }
 };
 
 }  // namespace Quorvex

@@ -31,20 +31,16 @@ class UnitMediaFile : public BuiltInMediaFile<Interface> {
 
   const AudioFacts& Facts() const final { return audio_.facts; }
 
-  QVERRORCODE_TAG OpenFormat(const wchar_t* path) final {
-    const QVERRORCODE_TAG result = NoThrow([&] {
-      if (!units_.Open(path)) return QVERR_FILE_OPEN_FAILED;
-      HeaderReader reader(units_.File());
-      const QVERRORCODE_TAG read = ReadHeader(path, reader, audio_);
-      if (read != QVERR_OK) return read;
-      const std::size_t units = units_.Start(audio_.layout);
-      const std::size_t frames = audio_.isPlain ? 0 : units * audio_.unitFrames;
-      const bool hasMemory =
-          units > 0 && samples_.Resize(frames * static_cast<std::size_t>(audio_.facts.channels));
-      return hasMemory ? QVERR_OK : QVERR_CREATE_FAILED;
-    });
-    if (result != QVERR_OK) CloseFormat();
-    return result;
+  QVERRORCODE_TAG OpenAudio(const wchar_t* path) final {
+    if (!units_.Open(path)) return QVERR_FILE_OPEN_FAILED;
+    HeaderReader reader(units_.File());
+    const QVERRORCODE_TAG result = ReadHeader(path, reader, audio_);
+    if (result != QVERR_OK) return result;
+    const std::size_t units = units_.Start(audio_.layout);
+    if (units == 0) return QVERR_CREATE_FAILED;
+    const std::size_t frames = audio_.isPlain ? 0 : units * audio_.unitFrames;
+    const auto channels = static_cast<std::size_t>(audio_.facts.channels);
+    return samples_.Resize(frames * channels) ? QVERR_OK : QVERR_CREATE_FAILED;
   }
 
   void CloseFormat() final {

@@ -41,6 +41,13 @@ extern const char* const kOddNarrowFileName;
 /// A device on which there is never any room; null when the system has none.
 extern const char* const kFullDevice;
 
+/// The module behind Opus files, which the library loads when one is opened; null where it is a
+/// part of the library.
+extern const char* const kOpusModule;
+
+/// Whether this process has a module of that name loaded.
+bool IsModuleLoaded(const char* name);
+
 /// Whether what goes to the debugger arrives on standard error.
 extern const bool kDebuggerIsStandardError;
 

@@ -20,3 +20,4 @@
 #include <MediaAccessor/registry.h>
 #include <MediaAccessor/result_code.h>
 #include <MediaAccessor/text.h>
+#include <MediaAccessor/vox_media_file.h>

@@ -8,6 +8,7 @@
 #include <MediaAccessor/media_file_functions.h>
 #include <MediaAccessor/media_file_writer.h>
 #include <MediaAccessor/media_sink.h>
+#include <MediaAccessor/vox_media_file.h>
 
 #include <memory>
 
@@ -37,6 +38,7 @@ using MediaSinkPtr = std::unique_ptr<CMediaSink, ObjectReleaser>;
 using MediaFileWriterPtr = std::unique_ptr<CMediaFileWriter, ObjectReleaser>;
 using G711DecoderPtr = std::unique_ptr<CG711Decoder, ObjectReleaser>;
 using MediaFilePtr = std::unique_ptr<CMediaFile, MediaFileCloser>;
+using VOXMediaFilePtr = std::unique_ptr<CVOXMediaFile, MediaFileCloser>;
 
 /// MediaFileOpen into an owner. What `file` held before is closed first.
 template <class Character>

@@ -108,6 +108,7 @@ TEST(SlotOrder, MediaFile) {
   EXPECT_EQ(EntryOf(static_cast<WideFileText>(&CMediaFile::GetFormatDescription)), 22U);
   EXPECT_EQ(EntryOf(&FileProbe::ReadRawBlock), 23U);
   EXPECT_EQ(EntryOf(&FileProbe::GetDefaultChannelMode), 24U);
+  EXPECT_EQ(EntryOf(&CVOXMediaFile::SetSamplingFrequency), 32U);
 }
 
 // Which face comes first decides what a plain cast of the pointer costs, and is interface too.

@@ -85,8 +85,13 @@ std::vector<std::string> Plugins::log;
 
 TEST_F(Plugins, TheirFactoriesComeInTheirOrderBeforeTheBuiltInOnes) {
   EXPECT_EQ(initialized, QVERR_CREATE_FAILED) << "one factory throws when it is registered";
-  const std::vector<std::wstring> expected = {L"opt", L"Toy Format", L"unopenable",
-                                              L"Portable WAV Format"};
+  const std::vector<std::wstring> expected = {L"opt",
+                                              L"Toy Format",
+                                              L"unopenable",
+                                              L"Sun AU Format",
+                                              L"Oki/Dialogic VOX Format",
+                                              L"Portable WAV Format",
+                                              L"Opus media format"};
   EXPECT_EQ(FactoryNames(), expected);
   // They come back after a clear, from the modules that are loaded.
   EXPECT_EQ(MediaAccessorRegistryClear(), QVERR_OK);

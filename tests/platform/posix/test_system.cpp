@@ -1,6 +1,7 @@
 // Processes by posix_spawn.
 #include "tests/test_system.h"
 
+#include <dlfcn.h>
 #include <fcntl.h>
 #include <spawn.h>
 #include <stdlib.h>
@@ -78,6 +79,14 @@ std::vector<std::wstring> OddFileNames() {
 }
 
 const char* const kOddNarrowFileName = "\xFF\"\n.wav";
+const char* const kOpusModule = "libopusfile.so.0";
+
+bool IsModuleLoaded(const char* name) {
+  void* const module = ::dlopen(name, RTLD_NOW | RTLD_NOLOAD);
+  if (module != nullptr) ::dlclose(module);
+  return module != nullptr;
+}
+
 const char* const kFullDevice = "/dev/full";
 const bool kDebuggerIsStandardError = true;
 

@@ -108,6 +108,10 @@ std::vector<std::wstring> OddFileNames() {
 }
 
 const char* const kOddNarrowFileName = "\xFC '%x%.wav";
+const char* const kOpusModule = nullptr;
+
+bool IsModuleLoaded(const char* name) { return ::GetModuleHandleA(name) != nullptr; }
+
 const char* const kFullDevice = nullptr;
 const bool kDebuggerIsStandardError = false;
 

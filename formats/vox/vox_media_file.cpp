@@ -1,0 +1,101 @@
+// Layout: bytes of two samples each, from the first to the last.
+#include "formats/vox/vox_media_file.h"
+
+#include <atomic>
+#include <string_view>
+#include <utility>
+
+#include <MediaAccessor/vox_media_file.h>
+
+#include "formats/vox/vox_decoder.h"
+#include "support/fixed_media_file_factory.h"
+#include "support/unit_media_file.h"
+
+namespace Quorvex {
+namespace {
+
+constexpr std::uint32_t kInitialDefaultFrequency = 6000;  // Hz
+constexpr std::uint32_t kVX8Frequency = 8000;             // Hz
+constexpr std::size_t kBlockBytes = 1024;
+constexpr std::size_t kSamplesPerByte = 2;
+
+constexpr std::wstring_view kFormatName = L"Oki/Dialogic VOX Format";
+constexpr std::wstring_view kExtensions[] = {L"VOX", L"VX8"};
+
+std::atomic<std::uint32_t> defaultFrequency = kInitialDefaultFrequency;
+
+// Whether a path ends in ".vx8", in any case of letters.
+bool IsVX8(std::wstring_view path) {
+  constexpr std::wstring_view kUpper = L".VX8";
+  constexpr std::wstring_view kLower = L".vx8";
+  if (path.size() < kUpper.size()) return false;
+  path.remove_prefix(path.size() - kUpper.size());
+  for (std::size_t i = 0; i < path.size(); ++i) {
+    if (path[i] != kUpper[i] && path[i] != kLower[i]) return false;
+  }
+  return true;
+}
+
+class CVOXMediaFileImpl final : public UnitMediaFile<CVOXMediaFile> {
+ public:
+  QVERRORCODE_TAG SetSamplingFrequency(unsigned long hertz) override {
+    if (IsOpen()) return QVERR_ALREADY_OPEN;
+    if (!std::in_range<std::uint32_t>(hertz)) return QVERR_INVALID_ARGUMENT;
+    override_ = static_cast<std::uint32_t>(hertz);
+    return QVERR_OK;
+  }
+
+ protected:
+  QVERRORCODE_TAG ReadHeader(const wchar_t* path, HeaderReader& reader, UnitAudio& audio) override;
+  void Decode(const unsigned char* units, std::size_t count, short* samples) override {
+    decoder_.Decode(units, count, samples);
+  }
+  std::wstring_view FormatName() const override { return kFormatName; }
+  std::wstring EncodingName() const override {
+    return std::to_wstring(GetSamplingFrequency()) + L"Hz ADPCM";
+  }
+
+ private:
+  std::uint32_t override_ = 0;  // of the default frequency, in Hz; 0: none
+  VOXDecoder decoder_;
+};
+
+// There is no header: what it would say is decided here.
+QVERRORCODE_TAG CVOXMediaFileImpl::ReadHeader(const wchar_t* path, HeaderReader& reader,
+                                              UnitAudio& audio) {
+  std::uint32_t frequency = override_ != 0 ? override_ : defaultFrequency.load();
+  if (IsVX8(path)) frequency = kVX8Frequency;  // wanted: the name goes before the override
+  const auto samples = static_cast<double>(reader.Size()) * kSamplesPerByte;
+  audio.facts = {.channels = 1,
+                 .samplingFrequency = frequency,
+                 .milliseconds = ToMilliseconds(1000.0 / frequency * samples)};
+  audio.layout = {
+      .offset = 0, .size = UnitLayout::kToTheEnd, .unitBytes = 1, .blockUnits = kBlockBytes};
+  audio.unitFrames = kSamplesPerByte;
+  decoder_ = {};
+  return QVERR_OK;
+}
+
+class CVOXMediaFileFactory final : public FixedMediaFileFactory {
+ public:
+  CVOXMediaFileFactory() : FixedMediaFileFactory(kFormatName, kExtensions) {}
+  CMediaFile* CreateMediaFile() const override { return new CVOXMediaFileImpl; }
+};
+
+const CVOXMediaFileFactory factory;
+
+}  // namespace
+
+CVOXMediaFile::CVOXMediaFile() = default;
+CVOXMediaFile::~CVOXMediaFile() = default;
+
+CVOXMediaFile* CVOXMediaFile::CreateInstance() noexcept { return new CVOXMediaFileImpl; }
+
+void CVOXMediaFile::SetDefaultSamplingFrequency(unsigned long hertz) noexcept {
+  if (hertz == 0 || !std::in_range<std::uint32_t>(hertz)) return;
+  defaultFrequency = static_cast<std::uint32_t>(hertz);
+}
+
+const CMediaFileFactory& VOXMediaFileFactory() { return factory; }
+
+}  // namespace Quorvex

@@ -1,0 +1,80 @@
+// Files of every format that are cut off, or made to do harm.
+#include <MediaAccessor/all.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/test_files.h"
+
+namespace {
+
+using namespace Quorvex;
+
+// Reads a file that may be anything. @return its frames, up to its end or a failure.
+unsigned long long CountFrames(const std::string& path) {
+  MediaFilePtr file;
+  const QVERRORCODE_TAG opened = MediaFileOpen(path.c_str(), file);
+  if (opened != QVERR_OK) {
+    EXPECT_TRUE(opened == QVERR_BAD_FORMAT || opened == QVERR_FILE_OPEN_FAILED) << opened;
+    return 0;
+  }
+  unsigned long long total = 0;
+  for (;;) {
+    const short* samples = nullptr;
+    unsigned long frames = 0;
+    const QVERRORCODE_TAG result = file->ReadBlock(samples, frames);
+    EXPECT_TRUE(result == QVERR_OK || result == QVERR_BAD_FORMAT) << result;
+    if (result != QVERR_OK || frames == 0) return total;
+    total += frames;
+  }
+}
+
+std::vector<std::filesystem::path> FilesIn(const char* directory) {
+  std::vector<std::filesystem::path> files;
+  for (const auto& entry : std::filesystem::directory_iterator(directory)) {
+    files.push_back(entry.path());
+  }
+  return files;
+}
+
+TEST(HostileFiles, EveryTruncationIsARefusalOrFewerFrames) {
+  constexpr std::uintmax_t kShort = 4096;
+  constexpr std::uintmax_t kStride = 97;
+  const tests::TemporaryDirectory directory;
+  int formats = 0;
+  for (const std::filesystem::path& whole : FilesIn(MEDIA_ACCESSOR_FIXTURES)) {
+    const std::string extension = whole.extension().string();
+    if (extension != ".wav" && extension != ".au" && extension != ".vox" && extension != ".opus") {
+      continue;
+    }
+    const std::string path = directory.File("cut" + extension);
+    std::filesystem::copy_file(whole, path, std::filesystem::copy_options::overwrite_existing);
+    const unsigned long long frames = CountFrames(path);
+    std::uintmax_t size = std::filesystem::file_size(path);
+    const std::uintmax_t step = size > kShort ? kStride : 1;
+    formats += frames > 0;
+    while (size >= step) {
+      size -= step;
+      std::filesystem::resize_file(path, size);
+      EXPECT_LE(CountFrames(path), frames) << whole << " cut to " << size;
+    }
+  }
+  EXPECT_GT(formats, 30);
+}
+
+// Each is named after what is wrong with it.
+TEST(HostileFiles, TheFuzzingCorpusIsRefusedOrTellsItsTrueLength) {
+  int count = 0;
+  for (const std::filesystem::path& path : FilesIn(MEDIA_ACCESSOR_FUZZ_CORPUS)) {
+    ++count;
+    const unsigned long long frames = CountFrames(path.string());
+    MediaFilePtr file;
+    if (MediaFileOpen(path.string().c_str(), file) != QVERR_OK) continue;
+    EXPECT_EQ(file->GetMilliseconds(), frames * 1000 / file->GetSamplingFrequency()) << path;
+  }
+  EXPECT_GT(count, 10);
+}
+
+}  // namespace

@@ -1,0 +1,152 @@
+// The Opus reader against libopusfile called directly, and against opusdec.
+#include <MediaAccessor/all.h>
+#include <gtest/gtest.h>
+#include <opusfile.h>
+
+#include <cmath>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/fake_media.h"
+#include "tests/test_files.h"
+
+namespace {
+
+using namespace Quorvex;
+
+// The samples of a file in memory, read as an application of that library would.
+std::vector<short> Direct(const tests::Bytes& bytes) {
+  OggOpusFile* const file = op_open_memory(bytes.data(), bytes.size(), nullptr);
+  if (file == nullptr) return {};
+  std::vector<short> all;
+  short block[2048];
+  for (int frames = 0; (frames = op_read(file, block, 2048, nullptr)) > 0;) {
+    all.insert(all.end(), block, block + frames * op_channel_count(file, -1));
+  }
+  op_free(file);
+  return all;
+}
+
+class Opus : public testing::Test {
+ protected:
+  // Opens a file with its channels kept apart.
+  QVERRORCODE_TAG Open(const std::string& path) {
+    const QVERRORCODE_TAG result = MediaFileOpen(path.c_str(), file);
+    if (result == QVERR_OK) file->SelectChannels(nullptr, 0, kChannelModeSeparate);
+    return result;
+  }
+
+  const tests::TemporaryDirectory directory;
+  MediaFilePtr file;
+};
+
+TEST_F(Opus, HasTheSamplesOfItsLibrary) {
+  struct Case {
+    const char* name;
+    int channels;
+    unsigned long milliseconds;
+  };
+  for (const Case& c :
+       {Case{"opus_mono", 1, 200}, Case{"opus_stereo", 2, 200}, Case{"opus_6_channels", 6, 100},
+        Case{"opus_8_channels", 8, 100}, Case{"opus_chained", 2, 300}, Case{"opus_gain", 2, 200}}) {
+    const std::string path = tests::Fixture(std::string(c.name) + ".opus");
+    ASSERT_EQ(Open(path), QVERR_OK) << c.name;
+    EXPECT_EQ(file->GetSamplingFrequency(), 48'000U);
+    EXPECT_EQ(file->GetTrackChannelCount(), c.channels) << c.name;
+    EXPECT_EQ(file->GetMilliseconds(), c.milliseconds) << c.name;
+    const std::vector<short> samples = tests::PullAll(*file);
+    EXPECT_EQ(samples, Direct(tests::ReadBytes(path))) << c.name;
+    EXPECT_EQ(samples.size(), c.milliseconds * 48 * static_cast<unsigned>(c.channels)) << c.name;
+  }
+}
+
+// The library shapes noise when it rounds to 16 bits, and opusdec was told not to.
+TEST_F(Opus, IsCloseToOpusdecWithPreSkipAndGain) {
+  const std::vector<short> expected = tests::ReadSamples(tests::Fixture("opus_stereo.s16"));
+  for (const auto& [name, gain] :
+       {std::pair{"opus_stereo.opus", 1.0}, std::pair{"opus_gain.opus", 0.501187}}) {  // -6 dB
+    ASSERT_EQ(Open(tests::Fixture(name)), QVERR_OK);
+    const std::vector<short> samples = tests::PullAll(*file);
+    ASSERT_EQ(samples.size(), expected.size());
+    double power = 0;
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      power += std::pow(samples[i] - gain * expected[i], 2);
+    }
+    EXPECT_LT(std::sqrt(power / static_cast<double>(samples.size())), 4.0) << name;
+  }
+}
+
+// A mono link after a stereo one: its samples must never be counted as frames of two.
+TEST_F(Opus, ALinkWithAnotherChannelCountIsAFailureThere) {
+  ASSERT_EQ(Open(tests::Fixture("opus_chained_channels.opus")), QVERR_OK);
+  unsigned long total = 0;
+  QVERRORCODE_TAG result = QVERR_OK;
+  const short* samples = nullptr;
+  unsigned long frames = 0;
+  while ((result = file->ReadBlock(samples, frames)) == QVERR_OK && frames > 0) total += frames;
+  EXPECT_EQ(result, QVERR_BAD_FORMAT);
+  EXPECT_EQ(frames, 0U);
+  EXPECT_EQ(total, 9600U) << "the first link, whole";
+}
+
+TEST_F(Opus, AStreamThatIsCutOffInAPage) {
+  tests::Bytes bytes = tests::ReadBytes(std::string(MEDIA_ACCESSOR_RECORDINGS) + "/call.opus");
+  bytes.resize(bytes.size() / 2);
+  tests::WriteBytes(directory.File("cut.opus"), bytes);
+  ASSERT_EQ(Open(directory.File("cut.opus")), QVERR_OK);
+  const std::vector<short> samples = tests::PullAll(*file);
+  EXPECT_EQ(samples, Direct(bytes));
+  EXPECT_GT(samples.size(), 48'000U);
+}
+
+TEST_F(Opus, AHoleIsAFailure) {
+  tests::Bytes bytes = tests::ReadBytes(std::string(MEDIA_ACCESSOR_RECORDINGS) + "/call.opus");
+  bytes[bytes.size() / 2] ^= 0x55;  // the page is lost
+  tests::WriteBytes(directory.File("hole.opus"), bytes);
+  ASSERT_EQ(Open(directory.File("hole.opus")), QVERR_OK);
+  const std::vector<short> before = Direct(bytes);  // which stops there
+  std::size_t read = 0;
+  QVERRORCODE_TAG result = QVERR_OK;
+  const short* samples = nullptr;
+  unsigned long frames = 0;
+  while ((result = file->ReadBlock(samples, frames)) == QVERR_OK && frames > 0) read += 2 * frames;
+  EXPECT_EQ(result, QVERR_BAD_FORMAT);
+  EXPECT_EQ(read, before.size());
+}
+
+TEST_F(Opus, StatesBlocksAndNames) {
+  const CMediaFileFactory* factory = nullptr;
+  bool isDefault = false;
+  ASSERT_EQ(MediaAccessorRegistryGetFactory("opus", 0, factory, isDefault), QVERR_OK);
+  file.reset(factory->CreateMediaFile());
+  char text[64];
+  const short* samples = nullptr;
+  unsigned long frames = 0;
+  file->GetFormatDescription(text, sizeof text);
+  EXPECT_STREQ(text, "File not open");
+  EXPECT_EQ(file->ReadBlock(samples, frames), QVERR_FILE_NOT_OPEN);
+  // Not an Opus file, no file, a directory.
+  EXPECT_EQ(file->Open(tests::Fixture("vox_sox.vox").c_str()), QVERR_FILE_OPEN_FAILED);
+  EXPECT_EQ(file->Open(tests::Fixture("missing.opus").c_str()), QVERR_FILE_OPEN_FAILED);
+  EXPECT_EQ(file->Open(directory.File("").c_str()), QVERR_FILE_OPEN_FAILED);
+  EXPECT_FALSE(file->IsOpen());
+  // A name beyond the basic plane, which is UTF-8 to the library on every system.
+  tests::WriteBytes(directory.File("\xF0\x9D\x84\x9E\xC3\xBC \xE6\x97\xA5.opus"),
+                    tests::ReadBytes(tests::Fixture("opus_stereo.opus")));
+  const std::string ascii = directory.File("");
+  const std::wstring wide(ascii.begin(), ascii.end());
+  EXPECT_EQ(file->Open((wide + L"\U0001D11E\u00FC \u65E5.opus").c_str()), QVERR_OK);
+  file->GetFormatDescription(text, sizeof text);
+  EXPECT_STREQ(text, "Opus format");
+  EXPECT_EQ(tests::WideDescription(*file), L"Opus media format");
+  EXPECT_EQ(file->Open(tests::Fixture("opus_mono.opus").c_str()), QVERR_ALREADY_OPEN);
+  EXPECT_EQ(file->GetTrackChannelCount(), 2) << "the first file stays";
+  EXPECT_EQ(file->ReadBlock(samples, frames), QVERR_OK);
+  EXPECT_LE(frames, 1024U) << "2,048 samples of both channels together";
+  EXPECT_EQ(file->Close(), QVERR_OK);
+  EXPECT_EQ(file->GetTrackChannelCount(), 0);
+  EXPECT_EQ(file->Open(tests::Fixture("opus_mono.opus").c_str()), QVERR_OK);
+}
+
+}  // namespace

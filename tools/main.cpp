@@ -2,9 +2,11 @@
 // the work.
 #include <MediaAccessor/library.h>
 #include <MediaAccessor/log.h>
+#include <MediaAccessor/vox_media_file.h>
 
 #include <CLI/CLI.hpp>
 #include <charconv>
+#include <cstdint>
 #include <cstdio>
 #include <exception>
 #include <sstream>
@@ -41,6 +43,18 @@ std::string Version() {
   char text[64] = "";
   Quorvex::MediaAccessorGetLibraryVersion(text, sizeof text);
   return std::string("media-accessor ") + text;
+}
+
+// Neither a VOX file nor its name tells the frequency.
+void SetVoxRate(const std::string& text) {
+  std::uint32_t hertz = 0;
+  const char* const end = text.data() + text.size();
+  const auto [parsed, error] = std::from_chars(text.data(), end, hertz);
+  if (error != std::errc() || parsed != end || hertz == 0) {
+    throw CLI::ValidationError(
+        "--vox-rate", "a sampling frequency is a number of hertz, not \"" + Printable(text) + "\"");
+  }
+  Quorvex::CVOXMediaFile::SetDefaultSamplingFrequency(hertz);
 }
 
 void LogToStandardError() { Quorvex::MediaAccessorSetLog("", Quorvex::kLogStandardError); }
@@ -123,7 +137,13 @@ int Run(int argc, char** argv) {
   app.add_flag_callback("--verbose", LogToStandardError,
                         "Tell on standard error which formats are tried, and which plug-in\n"
                         "modules were found");
-  app.footer("Exit code: 0 all went well, 1 some file failed, 2 wrong usage.");
+  app.add_option_function<std::string>(
+         "--vox-rate", SetVoxRate,
+         "Sampling frequency of .vox files, which do not tell it (default: 6000)")
+      ->type_name("HZ");
+  app.footer(
+      "The options of media-accessor itself may also stand after a command.\n"
+      "Exit code: 0 all went well, 1 some file failed, 2 wrong usage.");
   AddInfo(app, exitCode);
   AddDecode(app, exitCode);
   AddFormats(app, exitCode);

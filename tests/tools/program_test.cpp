@@ -1,4 +1,5 @@
 // media-accessor as its users run it: what it prints, what it writes, what it returns.
+#include <MediaAccessor/ownership.h>
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -190,6 +191,32 @@ TEST_F(Program, WrongUsage) {
   EXPECT_EQ(output, "media-accessor 9.0.0.288 (185833).288\n");
 }
 
+TEST_F(Program, TheFrequencyOfVoxFiles) {
+  const std::string input = Fixture("vox_sox.vox");
+  EXPECT_EQ(Run({"info", "--json", input}), 0);
+  EXPECT_EQ(nlohmann::json::parse(output)[0]["sampling_frequency"], 6000);
+  for (const Arguments& arguments : {Arguments{"info", "--json", "--vox-rate", "8000", input},
+                                     Arguments{"--vox-rate=8000", "info", "--json", input}}) {
+    EXPECT_EQ(Run(arguments), 0) << errors;
+    EXPECT_EQ(nlohmann::json::parse(output)[0]["milliseconds"], 250);
+  }
+  for (const char* rate : {"0", "-1", "8k", "4294967296", ""}) {
+    EXPECT_EQ(Run({"info", "--vox-rate", rate, input}), 2) << rate;
+    EXPECT_NE(errors.find("is a number of hertz"), std::string::npos) << errors;
+  }
+}
+
+// In the test's own process, which the library is loaded into and no other test uses.
+TEST(OpusLibrary, IsLoadedByTheFirstFileThatNeedsIt) {
+  if (tests::kOpusModule == nullptr) GTEST_SKIP() << "this system has it in the library";
+  Quorvex::MediaFilePtr file;
+  EXPECT_EQ(MediaFileOpen(Fixture("sox_pcm16_stereo.wav").c_str(), file), Quorvex::QVERR_OK);
+  EXPECT_EQ(MediaFileOpen("nowhere.opus", file), Quorvex::QVERR_FILE_OPEN_FAILED);
+  EXPECT_FALSE(tests::IsModuleLoaded(tests::kOpusModule));
+  EXPECT_EQ(MediaFileOpen(Fixture("opus_mono.opus").c_str(), file), Quorvex::QVERR_OK);
+  EXPECT_TRUE(tests::IsModuleLoaded(tests::kOpusModule));
+}
+
 TEST_F(Program, VerboseTellsWhatWasTried) {
   const std::string input = Fixture("refused_float.wav");
   for (const Arguments& arguments :
@@ -205,11 +232,17 @@ TEST_F(Program, VerboseTellsWhatWasTried) {
 
 TEST_F(Program, Formats) {
   EXPECT_EQ(Run({"formats"}), 0);
-  EXPECT_NE(output.find("wav        Portable WAV Format\n"), std::string::npos) << output;
+  EXPECT_EQ(output,
+            "EXTENSION  CANDIDATES\n"
+            "au         Sun AU Format\n"
+            "opus       Opus media format\n"
+            "vox        Oki/Dialogic VOX Format\n"
+            "vx8        Oki/Dialogic VOX Format\n"
+            "wav        Portable WAV Format\n");
   EXPECT_EQ(Run({"formats", "--json"}), 0);
   EXPECT_EQ(
-      nlohmann::json::parse(output),
-      nlohmann::json::parse(R"([{"extension": "wav", "candidates": ["Portable WAV Format"]}])"));
+      nlohmann::json::parse(output)[4],
+      nlohmann::json::parse(R"({"extension": "wav", "candidates": ["Portable WAV Format"]})"));
 }
 
 }  // namespace

@@ -8,8 +8,8 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/audio_files.h"
 #include "benchmarks/comparison.h"
-#include "benchmarks/wav_file.h"
 #include "platform/text.h"
 #include "support/ft_file.h"
 

@@ -1,14 +1,18 @@
-// Reading a file to its end, averaged to mono: the library's default, and the same by libsndfile
-// with a plain loop behind it. The files stay in the page cache.
+// Reading a file to its end, averaged to mono: the library's default, and the same by the peers
+// with a plain loop behind them. The files stay in the page cache.
 #include <MediaAccessor/ownership.h>
 #include <benchmark/benchmark.h>
+#include <opusfile.h>
 #include <sndfile.h>
 
+#include <initializer_list>
 #include <string>
+#include <utility>
 #include <vector>
 
+#include "benchmarks/audio_files.h"
 #include "benchmarks/comparison.h"
-#include "benchmarks/wav_file.h"
+#include "benchmarks/libavcodec_reader.h"
 
 namespace {
 
@@ -26,18 +30,17 @@ unsigned long long ReadOurs(const std::string& path) {
   }
 }
 
-unsigned long long ReadSndfile(const std::string& path) {
+// Averages an open file to mono.
+unsigned long long AverageSndfile(SNDFILE* file, int channels) {
   constexpr sf_count_t kBlock = 8192;  // frames; the fastest for libsndfile of 1024 to 65536
-  SF_INFO info{};
-  SNDFILE* file = sf_open(path.c_str(), SFM_READ, &info);
   if (file == nullptr) return 0;
-  std::vector<short> block(static_cast<std::size_t>(kBlock * info.channels));
+  std::vector<short> block(static_cast<std::size_t>(kBlock * channels));
   std::vector<short> mono(static_cast<std::size_t>(kBlock));
   unsigned long long total = 0;
   for (sf_count_t frames = 0; (frames = sf_readf_short(file, block.data(), kBlock)) > 0;) {
     const auto count = static_cast<std::size_t>(frames);
     const short* result = block.data();
-    if (info.channels == 2) {
+    if (channels == 2) {
       for (std::size_t f = 0; f < count; ++f) {
         mono[f] = static_cast<short>((block[2 * f] + block[2 * f + 1]) / 2);
       }
@@ -51,27 +54,78 @@ unsigned long long ReadSndfile(const std::string& path) {
   return total;
 }
 
+unsigned long long ReadSndfile(const std::string& path) {
+  SF_INFO info{};
+  SNDFILE* const file = sf_open(path.c_str(), SFM_READ, &info);
+  return AverageSndfile(file, info.channels);
+}
+
+unsigned long long ReadSndfileVox(const std::string& path) {
+  SF_INFO info{};
+  info.samplerate = 8000;
+  info.channels = 1;
+  info.format = SF_FORMAT_RAW | SF_FORMAT_VOX_ADPCM;
+  return AverageSndfile(sf_open(path.c_str(), SFM_READ, &info), 1);
+}
+
+// The bare loop that an application would write, with the buffer that the library recommends.
+unsigned long long ReadOpusfile(const std::string& path) {
+  OggOpusFile* const file = op_open_file(path.c_str(), nullptr);
+  if (file == nullptr) return 0;
+  std::vector<short> block(120 * 48 * 2);
+  unsigned long long total = 0;
+  for (int frames = 0;
+       (frames = op_read(file, block.data(), static_cast<int>(block.size()), nullptr)) > 0;) {
+    benchmark::DoNotOptimize(block.data());
+    total += static_cast<unsigned>(frames);
+  }
+  op_free(file);
+  return total;
+}
+
+using Reader = unsigned long long (*)(const std::string& path);
+
+void AddReaders(const std::string& job, const std::string& path,
+                std::initializer_list<std::pair<const char*, Reader>> peers) {
+  benchmarks::Add(job, "ours", "frame", [path] { return ReadOurs(path); });
+  for (const auto& [who, read] : peers) {
+    benchmarks::Add(job, who, "frame", [path, read = read] { return read(path); });
+  }
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   struct Case {
     const char* name;
-    int tag;
+    int coding;
     int channels;
     int bytesPerSample;
   };
-  constexpr Case kCases[] = {{"16-bit PCM mono", 1, 1, 2}, {"16-bit PCM stereo to mono", 1, 2, 2},
-                             {"A-law mono", 6, 1, 1},      {"A-law stereo to mono", 6, 2, 1},
-                             {"mu-law mono", 7, 1, 1},     {"mu-law stereo to mono", 7, 2, 1}};
+  constexpr Case kWav[] = {{"WAV 16-bit PCM, mono", 1, 1, 2}, {"WAV 16-bit PCM, stereo", 1, 2, 2},
+                           {"WAV A-law, mono", 6, 1, 1},      {"WAV A-law, stereo", 6, 2, 1},
+                           {"WAV mu-law, mono", 7, 1, 1},     {"WAV mu-law, stereo", 7, 2, 1}};
+  constexpr Case kAu[] = {{"AU 16-bit PCM, mono", 3, 1, 2},   {"AU 16-bit PCM, stereo", 3, 2, 2},
+                          {"AU 32-bit float, mono", 6, 1, 4}, {"AU 32-bit float, stereo", 6, 2, 4},
+                          {"AU mu-law, mono", 1, 1, 1},       {"AU mu-law, stereo", 1, 2, 1}};
   constexpr unsigned kFrequency = 44'100;
   constexpr unsigned kSeconds = 300;
-  std::vector<std::unique_ptr<benchmarks::WavFile>> files;
-  for (const Case& c : kCases) {
-    files.push_back(std::make_unique<benchmarks::WavFile>(c.tag, c.channels, c.bytesPerSample,
-                                                          kFrequency, kFrequency * kSeconds));
-    const std::string path = files.back()->Path();
-    benchmarks::Add(c.name, "ours", "frame", [path] { return ReadOurs(path); });
-    benchmarks::Add(c.name, "libsndfile", "frame", [path] { return ReadSndfile(path); });
+  constexpr unsigned kFrames = kFrequency * kSeconds;
+  std::vector<std::unique_ptr<benchmarks::AudioFile>> files;
+  for (const Case& c : kWav) {
+    files.push_back(std::make_unique<benchmarks::WavFile>(c.coding, c.channels, c.bytesPerSample,
+                                                          kFrequency, kFrames));
+    AddReaders(c.name, files.back()->Path(), {{"libsndfile", ReadSndfile}});
   }
+  for (const Case& c : kAu) {
+    files.push_back(std::make_unique<benchmarks::AuFile>(c.coding, c.channels, c.bytesPerSample,
+                                                         kFrequency, kFrames));
+    AddReaders(c.name, files.back()->Path(),
+               {{"libsndfile", ReadSndfile}, {"libavcodec", benchmarks::ReadLibavformat}});
+  }
+  files.push_back(std::make_unique<benchmarks::VoxFile>(kFrames / 2));
+  AddReaders("VOX", files.back()->Path(),
+             {{"libsndfile", ReadSndfileVox}, {"libavcodec", benchmarks::ReadLibavcodecVox}});
+  AddReaders("Opus, stereo", RECORDINGS "/call.opus", {{"op_read", ReadOpusfile}});
   return benchmarks::RunAll(argc, argv);
 }

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "benchmarks/audio_files.h"
 #include "benchmarks/comparison.h"
-#include "benchmarks/wav_file.h"
 
 extern char** environ;
 

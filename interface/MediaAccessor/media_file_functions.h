@@ -13,6 +13,30 @@
 //     QVERR_BUSY               the registry's lock could not be had within 1000 ms
 //     any other                the failure of the candidate that ended the search
 // Outputs are cleared before any work. Any thread may call; the files are independent.
+//
+// What the built-in formats deliver, and where they differ in their failures:
+//
+//     .wav        RIFF/WAVE in a strict subset. Blocks of up to one second.
+//     .au         Sun AU. Blocks of up to 1,024 frames. The audio runs to the end of the file,
+//                 whatever size the header tells. Each sample is multiplied by 1 / channels, then
+//                 rounded half away from zero and limited to 16 bits: a file of two channels is
+//                 delivered at half its level, and averaging its channels divides once more. That
+//                 is wanted. 24- and 32-bit integers keep their upper 16 bits; a floating-point
+//                 NaN is 0. QVERR_FILE_OPEN_FAILED when the 24 bytes of the header cannot be read;
+//                 QVERR_BAD_FORMAT for a coding that is not decoded (G.721, G.722, G.723), no
+//                 channels, a rate of 0, a data offset below 24 or past the end, and so many
+//                 channels that a block would be larger than 16 MiB.
+//     .vox .vx8   Dialogic ADPCM: vox_media_file.h.
+//     .opus       Ogg Opus at 48,000 Hz, 1 to 8 channels. Blocks of up to 2,048 samples of all
+//                 channels together. QVERR_FILE_OPEN_FAILED for whatever libopusfile cannot open,
+//                 also what is no Opus at all; QVERR_BAD_FORMAT when that library is not there.
+//                 While reading, QVERR_BAD_FORMAT for a hole in the stream and for audio of a
+//                 chained stream with another channel count than the first: it is left out, and
+//                 the next read goes on after it.
+//
+// From all of them a read gives QVERR_FILE_IO when the system cannot read a file on; the same when
+// a .wav file has become shorter than it was when it was opened. .au and .vox files then end
+// earlier.
 #pragma once
 
 #include <MediaAccessor/export.h>

@@ -102,10 +102,9 @@ QVERRORCODE_TAG OpusMediaFileImpl::OpenAudio(const wchar_t* path) {
   facts_.samplingFrequency = kFrequency;
   facts_.channels = library_->channelCount(file_, kWholeFile);
   const ogg_int64_t total = library_->pcmTotal(file_, kWholeFile);
+  const ogg_int64_t milliseconds = total / (kFrequency / 1000);
   // Negative: not known.
-  constexpr std::uint32_t kFramesPerMillisecond = kFrequency / 1000;
-  facts_.milliseconds =
-      total > 0 ? ToMilliseconds(static_cast<double>(total / kFramesPerMillisecond)) : 0;
+  facts_.milliseconds = total > 0 ? ToMilliseconds(static_cast<double>(milliseconds)) : 0;
   return QVERR_OK;
 }
 
@@ -131,13 +130,7 @@ QVERRORCODE_TAG OpusMediaFileImpl::ReadRawBlock(const short*& samples, unsigned 
   return QVERR_OK;
 }
 
-class OpusMediaFileFactoryImpl final : public FixedMediaFileFactory {
- public:
-  OpusMediaFileFactoryImpl() : FixedMediaFileFactory(kFormatName, kExtensions) {}
-  CMediaFile* CreateMediaFile() const override { return new OpusMediaFileImpl; }
-};
-
-const OpusMediaFileFactoryImpl factory;
+const FixedMediaFileFactoryOf<OpusMediaFileImpl> factory(kFormatName, kExtensions);
 
 }  // namespace
 

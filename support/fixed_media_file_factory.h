@@ -8,8 +8,7 @@
 
 namespace Quorvex {
 
-/// A factory whose format name and extensions are constants. A format derives from it and adds
-/// CreateMediaFile.
+/// A factory whose format name and extensions are constants.
 class FixedMediaFileFactory : public CMediaFileFactory {
  public:
   using CMediaFileFactory::GetDescription;
@@ -29,6 +28,17 @@ class FixedMediaFileFactory : public CMediaFileFactory {
  private:
   std::wstring_view description_;
   std::span<const std::wstring_view> extensions_;
+};
+
+/// The factory of a reader.
+template <class MediaFile>
+class FixedMediaFileFactoryOf final : public FixedMediaFileFactory {
+ public:
+  /// Both must outlive the factory.
+  FixedMediaFileFactoryOf(std::wstring_view description,
+                          std::span<const std::wstring_view> extensions)
+      : FixedMediaFileFactory(description, extensions) {}
+  CMediaFile* CreateMediaFile() const override { return new MediaFile; }
 };
 
 }  // namespace Quorvex

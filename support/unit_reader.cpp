@@ -12,7 +12,7 @@ namespace {
 
 // In bytes. Large enough that the calls to the system do not count, small enough that what is read
 // is still in the processor's nearer cache when it is decoded.
-constexpr std::size_t kWindow = 32 * 1024;
+constexpr std::size_t kWindow = std::size_t{32} * 1024;
 
 }  // namespace
 

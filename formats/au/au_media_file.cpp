@@ -44,13 +44,8 @@ class CAUMediaFileImpl final : public UnitMediaFile<> {
   AUHeader header_;
 };
 
-class CAUMediaFileFactory final : public FixedMediaFileFactory {
- public:
-  CAUMediaFileFactory() : FixedMediaFileFactory(kFormatName, kExtensions) {}
-  CMediaFile* CreateMediaFile() const override { return new CAUMediaFileImpl; }
-};
-
-const CAUMediaFileFactory factory;
+using CAUMediaFileFactory = FixedMediaFileFactoryOf<CAUMediaFileImpl>;
+const CAUMediaFileFactory factory(kFormatName, kExtensions);
 
 }  // namespace
 

@@ -126,13 +126,8 @@ class CPortableInputWAVMediaFileImpl final : public UnitMediaFile<> {
   PortableWAVHeader header_;
 };
 
-class CPortableInputWAVMediaFileFactory final : public FixedMediaFileFactory {
- public:
-  CPortableInputWAVMediaFileFactory() : FixedMediaFileFactory(kFormatName, kExtensions) {}
-  CMediaFile* CreateMediaFile() const override { return new CPortableInputWAVMediaFileImpl; }
-};
-
-const CPortableInputWAVMediaFileFactory factory;
+using CPortableInputWAVMediaFileFactory = FixedMediaFileFactoryOf<CPortableInputWAVMediaFileImpl>;
+const CPortableInputWAVMediaFileFactory factory(kFormatName, kExtensions);
 
 }  // namespace
 
@@ -148,10 +143,11 @@ QVERRORCODE_TAG ParsePortableWAVHeader(HeaderReader& reader, PortableWAVHeader& 
   if (!IsAcceptedWidth(chunks.tag, bytesPerSample)) return QVERR_BAD_FORMAT;
   header.law = static_cast<WaveLaw>(chunks.tag);
   header.bytesPerSample = static_cast<int>(bytesPerSample);
-  const double frames = static_cast<double>(chunks.dataSize / chunks.blockAlign);
+  const std::uint64_t frames = chunks.dataSize / chunks.blockAlign;
   header.audio.facts = {.channels = static_cast<int>(chunks.channels),
                         .samplingFrequency = chunks.samplingFrequency,
-                        .milliseconds = ToMilliseconds(frames * 1000.0 / chunks.samplingFrequency)};
+                        .milliseconds = ToMilliseconds(static_cast<double>(frames) * 1000.0 /
+                                                       chunks.samplingFrequency)};
   // A block is one second, which is part of the result for 32-bit samples: they are scaled a block
   // at a time.
   header.audio.layout = {.offset = chunks.dataOffset,

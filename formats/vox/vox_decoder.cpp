@@ -45,11 +45,9 @@ using StepTable = std::array<std::int16_t, kSteps.size() * kNibbles>;
 template <class Entry>
 constexpr StepTable MakeStepTable(Entry entry) {
   StepTable table{};
-  for (int index = 0; index <= kLastIndex; ++index) {
-    for (int nibble = 0; nibble < kNibbles; ++nibble) {
-      table[static_cast<std::size_t>(index * kNibbles + nibble)] =
-          static_cast<std::int16_t>(entry(index, nibble));
-    }
+  for (std::size_t i = 0; i < table.size(); ++i) {
+    const int place = static_cast<int>(i);
+    table[i] = static_cast<std::int16_t>(entry(place / kNibbles, place % kNibbles));
   }
   return table;
 }

@@ -76,13 +76,8 @@ QVERRORCODE_TAG CVOXMediaFileImpl::ReadHeader(const wchar_t* path, HeaderReader&
   return QVERR_OK;
 }
 
-class CVOXMediaFileFactory final : public FixedMediaFileFactory {
- public:
-  CVOXMediaFileFactory() : FixedMediaFileFactory(kFormatName, kExtensions) {}
-  CMediaFile* CreateMediaFile() const override { return new CVOXMediaFileImpl; }
-};
-
-const CVOXMediaFileFactory factory;
+using CVOXMediaFileFactory = FixedMediaFileFactoryOf<CVOXMediaFileImpl>;
+const CVOXMediaFileFactory factory(kFormatName, kExtensions);
 
 }  // namespace
 

@@ -22,8 +22,8 @@ bool IsSurrogate(std::uint32_t code) { return code >= 0xD800 && code <= 0xDFFF; 
 template <class Character>
 std::size_t PlainLength(std::basic_string_view<Character> text) {
   const auto isPlain = [](Character c) { return static_cast<std::uint32_t>(c) < 0x80; };
-  return static_cast<std::size_t>(
-      std::find_if_not(text.begin(), text.end(), isPlain) - text.begin());
+  return static_cast<std::size_t>(std::find_if_not(text.begin(), text.end(), isPlain) -
+                                  text.begin());
 }
 
 // Length of the UTF-8 sequence that starts here, its code point in `code`; 0 when it is not valid

@@ -1,13 +1,12 @@
 // Packets to a decoder, its frames averaged by a plain loop.
 #include "benchmarks/libavcodec_reader.h"
 
-#include <benchmark/benchmark.h>
-
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <vector>
+
+#include "benchmarks/average.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -27,10 +26,6 @@ struct Closer {
 
 template <class Object>
 using Owner = std::unique_ptr<Object, Closer>;
-
-short ToInt16(float value) {
-  return static_cast<short>(std::clamp(std::lrint(value), -32768L, 32767L));
-}
 
 // Takes frames out of a decoder and averages them.
 class MonoCounter {
@@ -53,26 +48,13 @@ class MonoCounter {
     const auto count = static_cast<std::size_t>(frame_->nb_samples);
     mono_.resize(std::max(mono_.size(), count));
     const int channels = frame_->ch_layout.nb_channels;
-    if (frame_->format == AV_SAMPLE_FMT_S16 && channels == 1) {
-      benchmark::DoNotOptimize(frame_->data[0]);
-    } else if (frame_->format == AV_SAMPLE_FMT_S16 && channels == 2) {
-      const auto* samples = reinterpret_cast<const short*>(frame_->data[0]);
-      for (std::size_t f = 0; f < count; ++f) {
-        mono_[f] = static_cast<short>((samples[2 * f] + samples[2 * f + 1]) / 2);
-      }
-    } else if (frame_->format == AV_SAMPLE_FMT_FLT && channels == 1) {
-      const auto* samples = reinterpret_cast<const float*>(frame_->data[0]);
-      for (std::size_t f = 0; f < count; ++f) mono_[f] = ToInt16(samples[f] * 32768.0F);
-    } else if (frame_->format == AV_SAMPLE_FMT_FLT && channels == 2) {
-      const auto* samples = reinterpret_cast<const float*>(frame_->data[0]);
-      for (std::size_t f = 0; f < count; ++f) {
-        mono_[f] = ToInt16((samples[2 * f] + samples[2 * f + 1]) * 16384.0F);
-      }
+    if (frame_->format == AV_SAMPLE_FMT_S16) {
+      AverageToMono(reinterpret_cast<const short*>(frame_->data[0]), count, channels, mono_.data());
+    } else if (frame_->format == AV_SAMPLE_FMT_FLT) {
+      AverageToMono(reinterpret_cast<const float*>(frame_->data[0]), count, channels, mono_.data());
     } else {
       return false;
     }
-    benchmark::DoNotOptimize(mono_.data());
-    benchmark::ClobberMemory();
     frames_ += count;
     return true;
   }

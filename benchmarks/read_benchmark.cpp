@@ -6,11 +6,13 @@
 #include <sndfile.h>
 
 #include <initializer_list>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
 
 #include "benchmarks/audio_files.h"
+#include "benchmarks/average.h"
 #include "benchmarks/comparison.h"
 #include "benchmarks/libavcodec_reader.h"
 
@@ -30,24 +32,19 @@ unsigned long long ReadOurs(const std::string& path) {
   }
 }
 
-// Averages an open file to mono.
-unsigned long long AverageSndfile(SNDFILE* file, int channels) {
+// Reads an open file to its end, averaged to mono, and closes it. Floating-point files are read as
+// such: as short, libsndfile would cut their samples to 0.
+template <class Sample>
+unsigned long long AverageSndfile(SNDFILE* file, int channels,
+                                  sf_count_t (*read)(SNDFILE*, Sample*, sf_count_t)) {
   constexpr sf_count_t kBlock = 8192;  // frames; the fastest for libsndfile of 1024 to 65536
   if (file == nullptr) return 0;
-  std::vector<short> block(static_cast<std::size_t>(kBlock * channels));
+  std::vector<Sample> block(static_cast<std::size_t>(kBlock * channels));
   std::vector<short> mono(static_cast<std::size_t>(kBlock));
   unsigned long long total = 0;
-  for (sf_count_t frames = 0; (frames = sf_readf_short(file, block.data(), kBlock)) > 0;) {
+  for (sf_count_t frames = 0; (frames = read(file, block.data(), kBlock)) > 0;) {
     const auto count = static_cast<std::size_t>(frames);
-    const short* result = block.data();
-    if (channels == 2) {
-      for (std::size_t f = 0; f < count; ++f) {
-        mono[f] = static_cast<short>((block[2 * f] + block[2 * f + 1]) / 2);
-      }
-      result = mono.data();
-    }
-    benchmark::DoNotOptimize(result);
-    benchmark::ClobberMemory();
+    benchmarks::AverageToMono(block.data(), count, channels, mono.data());
     total += count;
   }
   sf_close(file);
@@ -57,7 +54,9 @@ unsigned long long AverageSndfile(SNDFILE* file, int channels) {
 unsigned long long ReadSndfile(const std::string& path) {
   SF_INFO info{};
   SNDFILE* const file = sf_open(path.c_str(), SFM_READ, &info);
-  return AverageSndfile(file, info.channels);
+  return (info.format & SF_FORMAT_SUBMASK) == SF_FORMAT_FLOAT
+             ? AverageSndfile<float>(file, info.channels, sf_readf_float)
+             : AverageSndfile<short>(file, info.channels, sf_readf_short);
 }
 
 unsigned long long ReadSndfileVox(const std::string& path) {
@@ -65,7 +64,7 @@ unsigned long long ReadSndfileVox(const std::string& path) {
   info.samplerate = 8000;
   info.channels = 1;
   info.format = SF_FORMAT_RAW | SF_FORMAT_VOX_ADPCM;
-  return AverageSndfile(sf_open(path.c_str(), SFM_READ, &info), 1);
+  return AverageSndfile<short>(sf_open(path.c_str(), SFM_READ, &info), 1, sf_readf_short);
 }
 
 // The bare loop that an application would write, with the buffer that the library recommends.
@@ -109,7 +108,7 @@ int main(int argc, char** argv) {
                           {"AU 32-bit float, mono", 6, 1, 4}, {"AU 32-bit float, stereo", 6, 2, 4},
                           {"AU mu-law, mono", 1, 1, 1},       {"AU mu-law, stereo", 1, 2, 1}};
   constexpr unsigned kFrequency = 44'100;
-  constexpr unsigned kSeconds = 300;
+  constexpr unsigned kSeconds = 60;
   constexpr unsigned kFrames = kFrequency * kSeconds;
   std::vector<std::unique_ptr<benchmarks::AudioFile>> files;
   for (const Case& c : kWav) {

@@ -4,13 +4,15 @@
 // of streams, its links; they are read on as one.
 #include "opus/opus_media_file.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <limits>
 #include <string_view>
 
 #include "platform/input_file.h"
 #include "platform/opus_file_library.h"
 #include "support/built_in_media_file.h"
-#include "support/fixed_media_file_factory.h"
+#include "support/built_in_media_file_factory.h"
 #include "support/ft_log.h"
 
 namespace Quorvex {
@@ -27,9 +29,10 @@ constexpr std::wstring_view kExtensions[] = {L"OPUS"};
 class OpusStream {
  public:
   bool Open(const wchar_t* path) {
-    position_ = 0;
+    Rewind();
     return file_.Open(path);
   }
+  void Rewind() noexcept { position_ = 0; }
   void Close() noexcept { file_.Close(); }
 
   // What libopusfile calls, with such an object.
@@ -44,8 +47,13 @@ class OpusStream {
   opus_int64 position_ = 0;
 };
 
-constexpr OpusFileCallbacks kStreamCallbacks = {
+constexpr OpusFileCallbacks kSeekable = {
     .read = OpusStream::Read, .seek = OpusStream::Seek, .tell = OpusStream::Tell, .close = nullptr};
+constexpr OpusFileCallbacks kReadOnly = {
+    .read = OpusStream::Read, .seek = nullptr, .tell = nullptr, .close = nullptr};
+
+// Whether libopusfile has passed over what it reports with a code, so that there is more to read.
+bool IsPassedOver(int code) { return code == OP_HOLE || code == OP_EBADPACKET; }
 
 int OpusStream::Read(void* object, unsigned char* bytes, int count) noexcept {
   auto& stream = *static_cast<OpusStream*>(object);
@@ -53,7 +61,7 @@ int OpusStream::Read(void* object, unsigned char* bytes, int count) noexcept {
   const bool isRead = stream.file_.ReadAt(static_cast<std::uint64_t>(stream.position_), bytes,
                                           static_cast<std::size_t>(count), got);
   stream.position_ += static_cast<opus_int64>(got);
-  return isRead ? static_cast<int>(got) : OP_EREAD;
+  return got > 0 || isRead ? static_cast<int>(got) : OP_EREAD;
 }
 
 int OpusStream::Seek(void* object, opus_int64 offset, int whence) noexcept {
@@ -83,9 +91,10 @@ class OpusMediaFileImpl final : public BuiltInMediaFile<> {
 
  private:
   OpusStream stream_;
-  const platform::OpusFileFunctions* library_ = nullptr;  // once a file was opened
+  const platform::OpusFileFunctions* library_ = nullptr;  // set by the first open, and kept
   OggOpusFile* file_ = nullptr;                           // owned; null while closed
   AudioFacts facts_;
+  bool isOver_ = false;  // after a failure that nothing follows
   short samples_[kBlockSamples];
 };
 
@@ -97,14 +106,23 @@ QVERRORCODE_TAG OpusMediaFileImpl::OpenAudio(const wchar_t* path) {
     LibraryLog().Write((L"Opus files cannot be read: " + reason).c_str());
     return QVERR_BAD_FORMAT;
   }
-  file_ = library_->open(&stream_, &kStreamCallbacks, nullptr, 0, nullptr);
+  file_ = library_->open(&stream_, &kSeekable, nullptr, 0, nullptr);
+  if (file_ == nullptr) {
+    // A chain whose last link is cut off in its headers: without a look at its end the links before
+    // it can be read, and nobody knows how long they are.
+    stream_.Rewind();
+    file_ = library_->open(&stream_, &kReadOnly, nullptr, 0, nullptr);
+  }
   if (file_ == nullptr) return QVERR_FILE_OPEN_FAILED;
   facts_.samplingFrequency = kFrequency;
   facts_.channels = library_->channelCount(file_, kWholeFile);
   const ogg_int64_t total = library_->pcmTotal(file_, kWholeFile);
-  const ogg_int64_t milliseconds = total / (kFrequency / 1000);
   // Negative: not known.
-  facts_.milliseconds = total > 0 ? ToMilliseconds(static_cast<double>(milliseconds)) : 0;
+  if (total > 0) {
+    facts_.milliseconds = static_cast<unsigned long>(
+        std::min<std::uint64_t>(static_cast<std::uint64_t>(total) / (kFrequency / 1000),
+                                std::numeric_limits<unsigned long>::max()));
+  }
   return QVERR_OK;
 }
 
@@ -113,16 +131,22 @@ void OpusMediaFileImpl::CloseFormat() {
   file_ = nullptr;
   stream_.Close();
   facts_ = {};
+  isOver_ = false;
 }
 
 // A hole in the stream, or a link that cannot be delivered, is a failure of that read alone: a
-// caller may read on with what comes after it.
+// caller may read on with what comes after it. After any other failure comes the end, since
+// libopusfile would report it for ever.
 QVERRORCODE_TAG OpusMediaFileImpl::ReadRawBlock(const short*& samples, unsigned long& frames,
                                                 void*) {
   if (file_ == nullptr) return QVERR_FILE_NOT_OPEN;
+  if (isOver_) return QVERR_OK;
   int link = 0;
   const int count = library_->read(file_, samples_, kBlockSamples, &link);
-  if (count < 0) return QVERR_BAD_FORMAT;
+  if (count < 0) {
+    isOver_ = !IsPassedOver(count);
+    return QVERR_BAD_FORMAT;
+  }
   // The frames were counted with the channels of the link that they are from.
   if (count > 0 && library_->channelCount(file_, link) != facts_.channels) return QVERR_BAD_FORMAT;
   samples = samples_;
@@ -130,7 +154,7 @@ QVERRORCODE_TAG OpusMediaFileImpl::ReadRawBlock(const short*& samples, unsigned 
   return QVERR_OK;
 }
 
-const FixedMediaFileFactoryOf<OpusMediaFileImpl> factory(kFormatName, kExtensions);
+const BuiltInMediaFileFactoryOf<OpusMediaFileImpl> factory(kFormatName, kExtensions);
 
 }  // namespace
 

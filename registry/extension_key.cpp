@@ -26,23 +26,27 @@ wchar_t Lower(wchar_t character) {
   return folded ? static_cast<wchar_t>(character + 0x20) : character;
 }
 
+std::wstring Folded(std::wstring_view text) {
+  std::wstring folded(text);
+  std::transform(folded.begin(), folded.end(), folded.begin(), Lower);
+  return folded;
+}
+
 }  // namespace
 
 std::wstring ExtensionKey(std::wstring_view pathOrExtension) {
   const std::size_t dot = pathOrExtension.rfind(L'.');
   const std::size_t afterDot = dot == std::wstring_view::npos ? 0 : dot + 1;
-  std::wstring key(pathOrExtension.substr(std::max(afterDot, AfterLastSeparator(pathOrExtension))));
-  std::transform(key.begin(), key.end(), key.begin(), Lower);
-  return key;
+  return Folded(pathOrExtension.substr(std::max(afterDot, AfterLastSeparator(pathOrExtension))));
 }
 
+// Looks at the end of the path alone: every file that is opened comes by.
 std::wstring ExtensionForOpening(std::wstring_view path) {
   const std::size_t dot = path.rfind(L'.');
   if (dot == std::wstring_view::npos) return {};
-  std::wstring key(path.substr(dot + 1));
-  if (std::any_of(key.begin(), key.end(), platform::IsPathSeparator)) return {};
-  std::transform(key.begin(), key.end(), key.begin(), Lower);
-  return key;
+  const std::wstring_view ending = path.substr(dot + 1);
+  const bool isOfDirectory = std::any_of(ending.begin(), ending.end(), platform::IsPathSeparator);
+  return isOfDirectory ? std::wstring() : Folded(ending);
 }
 
 }  // namespace Quorvex

@@ -17,10 +17,10 @@ namespace Quorvex {
 struct AudioFacts {
   int channels = 0;
   std::uint32_t samplingFrequency = 0;  // in Hz
-  std::uint32_t milliseconds = 0;       // see ToMilliseconds; 0 when the length is not known
+  unsigned long milliseconds = 0;       // truncated; 0 when the length is not known
 };
 
-/// A length as the readers report it: truncated; the largest value when it does not fit.
+/// A length in 32 bits: truncated; the largest value when it does not fit.
 inline std::uint32_t ToMilliseconds(double milliseconds) noexcept {
   constexpr std::uint32_t kLongest = std::numeric_limits<std::uint32_t>::max();
   return milliseconds < kLongest ? static_cast<std::uint32_t>(milliseconds) : kLongest;

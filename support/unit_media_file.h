@@ -1,6 +1,8 @@
 // UnitMediaFile: the base of readers whose audio lies in the file as one stretch of equal units.
 #pragma once
 
+#include <bit>
+
 #include "support/built_in_media_file.h"
 #include "support/cft_array.h"
 #include "support/header_reader.h"
@@ -12,9 +14,11 @@ namespace Quorvex {
 struct UnitAudio {
   AudioFacts facts;
   UnitLayout layout;
-  std::size_t unitFrames = 1;  // frames in a unit
-  bool isPlain = false;        // a unit is a frame of samples just as they are delivered
+  std::size_t unitFrames = 1;    // frames in a unit
+  bool needsNoDecoding = false;  // a unit is a frame of little-endian samples
 };
+
+static_assert(std::endian::native == std::endian::little, "some samples are delivered as read");
 
 /// A format derives from it and supplies ReadHeader and Decode besides what BuiltInMediaFile asks
 /// for. Everything else about opening, reading and closing is here.
@@ -22,7 +26,9 @@ template <class Interface = MultiChannelMediaFile>
 class UnitMediaFile : public BuiltInMediaFile<Interface> {
  protected:
   /// Reads the header of a file that was just opened, and prepares for its first unit. Nothing is
-  /// allocated for a file that it refuses. @return QVERR_OK or why the file is refused.
+  /// allocated for a file that it refuses. May throw std::bad_alloc.
+  /// @param path  the file's, for formats whose name says something.
+  /// @return QVERR_OK or why the file is refused.
   virtual QVERRORCODE_TAG ReadHeader(const wchar_t* path, HeaderReader& reader,
                                      UnitAudio& audio) = 0;
   /// Decodes units, in the order of the file. Not called for a plain file.
@@ -38,7 +44,7 @@ class UnitMediaFile : public BuiltInMediaFile<Interface> {
     if (result != QVERR_OK) return result;
     const std::size_t units = units_.Start(audio_.layout);
     if (units == 0) return QVERR_CREATE_FAILED;
-    const std::size_t frames = audio_.isPlain ? 0 : units * audio_.unitFrames;
+    const std::size_t frames = audio_.needsNoDecoding ? 0 : units * audio_.unitFrames;
     const auto channels = static_cast<std::size_t>(audio_.facts.channels);
     return samples_.Resize(frames * channels) ? QVERR_OK : QVERR_CREATE_FAILED;
   }
@@ -55,7 +61,7 @@ class UnitMediaFile : public BuiltInMediaFile<Interface> {
     std::size_t count = 0;
     const QVERRORCODE_TAG result = units_.Next(units, count);
     if (result != QVERR_OK || count == 0) return result;
-    if (audio_.isPlain) {
+    if (audio_.needsNoDecoding) {
       samples = reinterpret_cast<const short*>(units);
     } else {
       Decode(units, count, samples_.Data());

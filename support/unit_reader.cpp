@@ -12,7 +12,7 @@ namespace {
 
 // In bytes. Large enough that the calls to the system do not count, small enough that what is read
 // is still in the processor's nearer cache when it is decoded.
-constexpr std::size_t kWindow = std::size_t{32} * 1024;
+constexpr std::size_t kWindow = std::size_t{64} * 1024;
 
 }  // namespace
 
@@ -25,7 +25,12 @@ std::size_t UnitReader::Start(const UnitLayout& layout) noexcept {
   // No more than there is.
   const std::uint64_t size =
       std::min(layout.size, file_.Size() - std::min(file_.Size(), layout.offset));
-  const std::uint64_t units = std::max<std::uint64_t>(size / layout.unitBytes, 1);
+  std::uint64_t units = size / layout.unitBytes;
+  // Or than there may be, once a file that is being written has grown.
+  if (layout.size == UnitLayout::kToTheEnd) {
+    units = std::max<std::uint64_t>(units, std::min(layout.blockUnits, kWindow / layout.unitBytes));
+  }
+  units = std::max<std::uint64_t>(units, 1);
   bufferUnits_ = static_cast<std::size_t>(std::min<std::uint64_t>(bufferUnits_, units));
   if (!buffer_.Resize(bufferUnits_ * layout.unitBytes)) return 0;
   return std::min(bufferUnits_, layout.blockUnits);
@@ -33,19 +38,18 @@ std::size_t UnitReader::Start(const UnitLayout& layout) noexcept {
 
 QVERRORCODE_TAG UnitReader::Fill() noexcept {
   filledUnits_ = usedUnits_ = 0;
-  const bool isBounded = layout_.size != UnitLayout::kToTheEnd;
   const std::uint64_t wanted =
       std::min<std::uint64_t>(layout_.size - position_, buffer_.Count()) / layout_.unitBytes;
   if (wanted == 0) return QVERR_OK;
   std::size_t got = 0;
-  if (!file_.ReadAt(layout_.offset + position_, buffer_.Data(),
-                    static_cast<std::size_t>(wanted) * layout_.unitBytes, got)) {
-    return QVERR_FILE_IO;
-  }
+  const bool isRead = file_.ReadAt(layout_.offset + position_, buffer_.Data(),
+                                   static_cast<std::size_t>(wanted) * layout_.unitBytes, got);
   filledUnits_ = got / layout_.unitBytes;
   position_ += filledUnits_ * layout_.unitBytes;
+  // What stands before a place that cannot be read is good; the next call comes to that place.
+  if (filledUnits_ > 0) return QVERR_OK;
   // Data of a known size was all there when the file was opened: it has been cut since.
-  return filledUnits_ == 0 && isBounded ? QVERR_FILE_IO : QVERR_OK;
+  return !isRead || layout_.size != UnitLayout::kToTheEnd ? QVERR_FILE_IO : QVERR_OK;
 }
 
 QVERRORCODE_TAG UnitReader::Next(const unsigned char*& units, std::size_t& count) noexcept {

@@ -22,14 +22,12 @@ struct UnitLayout {
   std::uint64_t size = 0;    // of all units, in bytes; or kToTheEnd
   std::size_t unitBytes = 0;
   std::size_t blockUnits = 0;  // the most that one block has
-
-  static constexpr std::size_t kLargestBlock = std::size_t{16} << 20;  // in bytes
 };
 
 /// Hands out the units of a file in blocks. It reads ahead, so that small blocks are cheap.
 class UnitReader {
  public:
-  /// Opens the file, without reading of it. False when that fails.
+  /// Opens the file, without reading any of it. False when that fails.
   bool Open(const wchar_t* path) { return file_.Open(path); }
   bool IsOpen() const noexcept { return file_.IsOpen(); }
   /// The open file, for its header.

@@ -41,12 +41,11 @@ extern const char* const kOddNarrowFileName;
 /// A device on which there is never any room; null when the system has none.
 extern const char* const kFullDevice;
 
-/// The module behind Opus files, which the library loads when one is opened; null where it is a
-/// part of the library.
-extern const char* const kOpusModule;
+/// How many files and other objects of the system this process holds.
+unsigned OpenHandles();
 
-/// Whether this process has a module of that name loaded.
-bool IsModuleLoaded(const char* name);
+/// A regular file that opens and fails to be read; null when the system has none.
+extern const char* const kUnreadableFile;
 
 /// Whether what goes to the debugger arrives on standard error.
 extern const bool kDebuggerIsStandardError;

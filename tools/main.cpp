@@ -45,7 +45,7 @@ std::string Version() {
   return std::string("media-accessor ") + text;
 }
 
-// Neither a VOX file nor its name tells the frequency.
+// A .vox file does not tell its frequency.
 void SetVoxRate(const std::string& text) {
   std::uint32_t hertz = 0;
   const char* const end = text.data() + text.size();

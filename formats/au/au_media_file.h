@@ -14,11 +14,12 @@ class CMediaFileFactory;
 /// The facts of an AU file that the reader accepts.
 struct AUHeader {
   UnitAudio audio;  // a unit is a frame
-  AUEncoding encoding = AUEncoding::kLinear16;
+  std::uint32_t encoding = 0;
 };
 
 /// Reads the header. @return QVERR_OK; QVERR_FILE_OPEN_FAILED when there are not 24 bytes of it;
-/// QVERR_BAD_FORMAT for anything that the reader does not take.
+/// QVERR_BAD_FORMAT for anything that the reader does not take; of an AU file `encoding` is set
+/// anyway.
 QVERRORCODE_TAG ParseAUHeader(HeaderReader& reader, AUHeader& header);
 
 /// What a number in the encoding field stands for, decoded or not.

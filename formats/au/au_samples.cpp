@@ -4,14 +4,11 @@
 
 #include <bit>
 #include <cmath>
-#include <cstring>
 
 #include "support/g711.h"
 
 namespace Quorvex {
 namespace {
-
-static_assert(std::endian::native == std::endian::little);
 
 constexpr double kLowest = -32'768.0;
 constexpr double kHighest = 32'767.0;
@@ -81,26 +78,6 @@ void ConvertFloats(const unsigned char* input, std::size_t count, int channels, 
 }
 
 }  // namespace
-
-int AUBytesPerSample(AUEncoding encoding) noexcept {
-  switch (encoding) {
-    case AUEncoding::kMuLaw:
-    case AUEncoding::kLinear8:
-    case AUEncoding::kALaw:
-      return 1;
-    case AUEncoding::kLinear16:
-      return 2;
-    case AUEncoding::kLinear24:
-      return 3;
-    case AUEncoding::kLinear32:
-    case AUEncoding::kFloat32:
-      return 4;
-    case AUEncoding::kFloat64:
-      return 8;
-    default:
-      return 0;
-  }
-}
 
 void ConvertAUSamples(AUEncoding encoding, int channels, const unsigned char* input,
                       std::size_t count, short* samples) noexcept {

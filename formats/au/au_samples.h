@@ -18,9 +18,6 @@ enum class AUEncoding : std::uint32_t {
   kALaw = 27,
 };
 
-/// Bytes of a sample; 0 for a number that is not one of the encodings above.
-int AUBytesPerSample(AUEncoding encoding) noexcept;
-
 /// Converts samples. Each becomes a value in the scale of 16 bits:
 ///
 ///     G.711            the expansion
@@ -29,8 +26,9 @@ int AUBytesPerSample(AUEncoding encoding) noexcept;
 ///     24- and 32-bit   the upper 16 bits; the others are dropped
 ///     floating point   x 32,768; NaN is 0, an infinity the nearest limit
 ///
-/// and is then multiplied by 1 / channels, rounded half away from zero, and limited to [-32,768,
-/// 32,767]. The results are those of double-precision arithmetic, on every machine.
+/// and is then multiplied by 1 / channels; 0.5 is added if it is positive, else subtracted; it is
+/// limited to [-32,768, 32,767] and truncated. All that in double precision and the default
+/// rounding mode, as it stands here: the results are the same on every machine.
 /// @param count    in samples, of all channels together.
 /// @param samples  receives the results; it does not overlap the input.
 void ConvertAUSamples(AUEncoding encoding, int channels, const unsigned char* input,
@@ -43,8 +41,7 @@ std::size_t ConvertAUFloatsVector(int channels, const unsigned char* input, std:
                                   short* samples) noexcept;
 
 /// With vector instructions: divides 16-bit values by 2^bits in place, rounding half away from
-/// zero.
-/// @param bits  1 to 13.
+/// zero. Nothing is done for more than 3 bits.
 std::size_t DivideAUSamplesVector(int bits, std::size_t count, short* samples) noexcept;
 
 }  // namespace Quorvex

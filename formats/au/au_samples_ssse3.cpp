@@ -11,13 +11,23 @@ namespace {
 
 constexpr std::size_t kStep = 8;              // samples at a time
 constexpr float kHighestDoubled = 65'534.0F;  // twice 32,767
+constexpr float kLowestDoubled = -65'536.0F;  // twice -32,768
 
 bool IsSupported() {
   static const bool isSupported = __builtin_cpu_supports("ssse3") != 0;
   return isSupported;
 }
 
-// Four floating-point samples to four 32-bit lanes, the lower limit being left to the packing.
+// Four big-endian floating-point samples.
+__m128 LoadFloats(const unsigned char* input) {
+  const __m128i bigEndian = _mm_set_epi8(12, 13, 14, 15, 8, 9, 10, 11, 4, 5, 6, 7, 0, 1, 2, 3);
+  const __m128i words = _mm_loadu_si128(reinterpret_cast<const __m128i*>(input));
+  return _mm_castsi128_ps(_mm_shuffle_epi8(words, bigEndian));
+}
+
+__m128 WithoutNaN(__m128 values) { return _mm_and_ps(values, _mm_cmpord_ps(values, values)); }
+
+// Four samples, none of them NaN, to 32-bit lanes.
 //
 // 65,536 / channels is a power of two too, so single precision is exact: the product is twice the
 // value that is to be rounded. Cut to an integer t it still tells halves apart, and
@@ -25,13 +35,10 @@ bool IsSupported() {
 //     (t + (t < 0 ? 0 : 1)) >> 1
 //
 // rounds half away from zero.
-__m128i Convert(const unsigned char* input, __m128 gain) {
-  const __m128i bigEndian = _mm_set_epi8(12, 13, 14, 15, 8, 9, 10, 11, 4, 5, 6, 7, 0, 1, 2, 3);
-  const __m128i words = _mm_loadu_si128(reinterpret_cast<const __m128i*>(input));
-  const __m128 values = _mm_castsi128_ps(_mm_shuffle_epi8(words, bigEndian));
-  const __m128 numbers = _mm_and_ps(values, _mm_cmpord_ps(values, values));
-  const __m128 doubled = _mm_min_ps(_mm_mul_ps(numbers, gain), _mm_set1_ps(kHighestDoubled));
-  // What is too low for an integer becomes the lowest.
+__m128i Convert(__m128 values, __m128 gain) {
+  const __m128 doubled =
+      _mm_max_ps(_mm_min_ps(_mm_mul_ps(values, gain), _mm_set1_ps(kHighestDoubled)),
+                 _mm_set1_ps(kLowestDoubled));
   const __m128i cut = _mm_cvttps_epi32(doubled);
   const __m128i isNotNegative = _mm_cmpgt_epi32(cut, _mm_set1_epi32(-1));
   return _mm_srai_epi32(_mm_sub_epi32(cut, isNotNegative), 1);
@@ -63,9 +70,14 @@ std::size_t ConvertAUFloatsVector(int channels, const unsigned char* input, std:
   const __m128 gain = _mm_set1_ps(65'536.0F / static_cast<float>(channels));
   std::size_t done = 0;
   for (; done + kStep <= count; done += kStep) {
-    const __m128i first = Convert(input + done * 4, gain);
-    const __m128i second = Convert(input + done * 4 + 16, gain);
-    _mm_storeu_si128(reinterpret_cast<__m128i*>(samples + done), _mm_packs_epi32(first, second));
+    __m128 first = LoadFloats(input + done * 4);
+    __m128 second = LoadFloats(input + done * 4 + 16);
+    if (_mm_movemask_ps(_mm_cmpunord_ps(first, second)) != 0) {
+      first = WithoutNaN(first);
+      second = WithoutNaN(second);
+    }
+    _mm_storeu_si128(reinterpret_cast<__m128i*>(samples + done),
+                     _mm_packs_epi32(Convert(first, gain), Convert(second, gain)));
   }
   return done;
 }

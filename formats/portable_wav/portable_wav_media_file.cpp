@@ -12,7 +12,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "support/fixed_media_file_factory.h"
+#include "support/built_in_media_file_factory.h"
 #include "support/sample_conversion.h"
 
 namespace Quorvex {
@@ -103,32 +103,6 @@ bool IsAcceptedWidth(std::uint32_t tag, std::uint32_t bytesPerSample) {
   }
 }
 
-class CPortableInputWAVMediaFileImpl final : public UnitMediaFile<> {
- protected:
-  QVERRORCODE_TAG ReadHeader(const wchar_t*, HeaderReader& reader, UnitAudio& audio) override {
-    const QVERRORCODE_TAG result = ParsePortableWAVHeader(reader, header_);
-    if (result == QVERR_OK) audio = header_.audio;
-    return result;
-  }
-  void Decode(const unsigned char* units, std::size_t count, short* samples) override {
-    ConvertToInt16(header_.law, header_.bytesPerSample, units,
-                   count * static_cast<std::size_t>(header_.audio.facts.channels), samples);
-  }
-  std::wstring_view FormatName() const override { return kFormatName; }
-  std::wstring EncodingName() const override {
-    if (header_.law == WaveLaw::kALaw) return L"CCITT A-Law";
-    if (header_.law == WaveLaw::kMuLaw) return L"CCITT u-Law";
-    return header_.bytesPerSample == 1 ? L"Uncompressed unsigned 8-bit linear PCM"
-                                       : L"Uncompressed signed 16-bit linear PCM";
-  }
-
- private:
-  PortableWAVHeader header_;
-};
-
-using CPortableInputWAVMediaFileFactory = FixedMediaFileFactoryOf<CPortableInputWAVMediaFileImpl>;
-const CPortableInputWAVMediaFileFactory factory(kFormatName, kExtensions);
-
 }  // namespace
 
 QVERRORCODE_TAG ParsePortableWAVHeader(HeaderReader& reader, PortableWAVHeader& header) {
@@ -154,9 +128,48 @@ QVERRORCODE_TAG ParsePortableWAVHeader(HeaderReader& reader, PortableWAVHeader& 
                          .size = chunks.dataSize,
                          .unitBytes = chunks.blockAlign,
                          .blockUnits = chunks.samplingFrequency};
-  header.audio.isPlain = header.bytesPerSample == sizeof(short);
+  header.audio.needsNoDecoding = header.bytesPerSample == sizeof(short);
   return QVERR_OK;
 }
+
+namespace {
+
+class CPortableInputWAVMediaFileImpl final : public UnitMediaFile<> {
+ protected:
+  QVERRORCODE_TAG ReadHeader(const wchar_t* path, HeaderReader& reader, UnitAudio& audio) override;
+  void Decode(const unsigned char* units, std::size_t count, short* samples) override {
+    ConvertToInt16(law_, bytesPerSample_, units, count * static_cast<std::size_t>(Facts().channels),
+                   samples);
+  }
+  std::wstring_view FormatName() const override { return kFormatName; }
+  std::wstring EncodingName() const override;
+
+ private:
+  WaveLaw law_ = WaveLaw::kLinear;
+  int bytesPerSample_ = 0;
+};
+
+QVERRORCODE_TAG CPortableInputWAVMediaFileImpl::ReadHeader(const wchar_t*, HeaderReader& reader,
+                                                           UnitAudio& audio) {
+  PortableWAVHeader header;
+  const QVERRORCODE_TAG result = ParsePortableWAVHeader(reader, header);
+  law_ = header.law;
+  bytesPerSample_ = header.bytesPerSample;
+  audio = header.audio;
+  return result;
+}
+
+std::wstring CPortableInputWAVMediaFileImpl::EncodingName() const {
+  if (law_ == WaveLaw::kALaw) return L"CCITT A-Law";
+  if (law_ == WaveLaw::kMuLaw) return L"CCITT u-Law";
+  return bytesPerSample_ == 1 ? L"Uncompressed unsigned 8-bit linear PCM"
+                              : L"Uncompressed signed 16-bit linear PCM";
+}
+
+using CPortableInputWAVMediaFileFactory = BuiltInMediaFileFactoryOf<CPortableInputWAVMediaFileImpl>;
+const CPortableInputWAVMediaFileFactory factory(kFormatName, kExtensions);
+
+}  // namespace
 
 const CMediaFileFactory& PortableInputWAVMediaFileFactory() { return factory; }
 

@@ -5,8 +5,8 @@
 
 namespace Quorvex {
 
-/// Decodes a stream, piece by piece. Two differences to other decoders are wanted: the predictor
-/// leaks, by 127/128 a sample, and so forgets an error in the stream; and it is limited to 12 bits.
+/// Decodes a stream, piece by piece. One difference to other decoders is wanted: the predictor
+/// leaks, by 127/128 a sample, and so forgets an error in the stream.
 class VOXDecoder {
  public:
   /// Decodes two samples a byte, that of the high nibble first.

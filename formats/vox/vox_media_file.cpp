@@ -8,7 +8,7 @@
 #include <MediaAccessor/vox_media_file.h>
 
 #include "formats/vox/vox_decoder.h"
-#include "support/fixed_media_file_factory.h"
+#include "support/built_in_media_file_factory.h"
 #include "support/unit_media_file.h"
 
 namespace Quorvex {
@@ -76,7 +76,7 @@ QVERRORCODE_TAG CVOXMediaFileImpl::ReadHeader(const wchar_t* path, HeaderReader&
   return QVERR_OK;
 }
 
-using CVOXMediaFileFactory = FixedMediaFileFactoryOf<CVOXMediaFileImpl>;
+using CVOXMediaFileFactory = BuiltInMediaFileFactoryOf<CVOXMediaFileImpl>;
 const CVOXMediaFileFactory factory(kFormatName, kExtensions);
 
 }  // namespace

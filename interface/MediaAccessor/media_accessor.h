@@ -40,7 +40,8 @@ class MEDIA_ACCESSOR_API CMediaAccessor {
   /// @param context  handed on unchanged to the innermost accessor; the library gives it no
   /// meaning.
   /// @return QVERR_OK; QVERR_FILE_NOT_OPEN from a closed file; QVERR_NO_SOURCE from a decorator
-  ///         without a source; whatever the source or the format reports. Both outputs are cleared
+  ///         without a source; whatever the source or the format reports, for the built-in formats
+  ///         see media_file_functions.h. Both outputs are cleared
   ///         first, so they are null and 0 on every failure.
   virtual QVERRORCODE_TAG ReadBlock(const short*& samples, unsigned long& frames,
                                     void* context = nullptr) = 0;

@@ -21,8 +21,9 @@ class MEDIA_ACCESSOR_API CMediaFile : public MediaAccessorChannelSelector, publi
   /// @param path  null counts as empty.
   /// @return QVERR_OK; QVERR_ALREADY_OPEN on an open object, whose file stays open;
   ///         QVERR_FILE_OPEN_FAILED when the file cannot be opened, which for the built-in readers
-  ///         is anything but a regular file; QVERR_BAD_FORMAT when it is not of this format or
-  ///         cannot be decoded; QVERR_BAD_FILE_NAME when a format opens an empty path;
+  ///         is anything but a regular file, and for two of them (media_file_functions.h) also what
+  ///         has not even their header; QVERR_BAD_FORMAT when it is not of this format or cannot be
+  ///         decoded; QVERR_BAD_FILE_NAME when a format opens an empty path;
   ///         QVERR_CREATE_FAILED when memory runs out.
   virtual QVERRORCODE_TAG Open(const wchar_t* path) = 0;
   /// The same for a narrow path, which is widened.
@@ -78,7 +79,7 @@ class MEDIA_ACCESSOR_API CMediaFile : public MediaAccessorChannelSelector, publi
   /// Names the encoding of the audio ("CCITT A-Law"); here the wide text of the next operation,
   /// converted. Text rule: text.h.
   virtual unsigned long GetFormatDescription(char* buffer, unsigned long capacity) const;
-  /// The same as wide text; here empty.
+  /// The same as wide text; here empty. The built-in readers say "File not open" while closed.
   virtual unsigned long GetFormatDescription(wchar_t* buffer, unsigned long capacity) const;
 
  protected:

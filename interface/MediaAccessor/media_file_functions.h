@@ -30,13 +30,15 @@
 //     .opus       Ogg Opus at 48,000 Hz, 1 to 8 channels. Blocks of up to 2,048 samples of all
 //                 channels together. QVERR_FILE_OPEN_FAILED for whatever libopusfile cannot open,
 //                 also what is no Opus at all; QVERR_BAD_FORMAT when that library is not there.
-//                 While reading, QVERR_BAD_FORMAT for a hole in the stream and for audio of a
-//                 chained stream with another channel count than the first: it is left out, and
-//                 the next read goes on after it.
+//                 The length is 0, not known, for a chained stream whose last link is cut off in
+//                 its headers. While reading, QVERR_BAD_FORMAT for a hole in the stream and for
+//                 audio of a link with another channel count than the first: it is left out, and
+//                 the next read goes on after it. The same for any other failure; then comes the
+//                 end. The tags of the file are held in memory as long as it is open.
 //
-// From all of them a read gives QVERR_FILE_IO when the system cannot read a file on; the same when
-// a .wav file has become shorter than it was when it was opened. .au and .vox files then end
-// earlier.
+// Reading the others gives QVERR_FILE_IO when the system cannot read on, and from a .wav file that
+// has become shorter than it was when it was opened; .au and .vox files then end earlier, and are
+// read further when they have grown.
 #pragma once
 
 #include <MediaAccessor/export.h>

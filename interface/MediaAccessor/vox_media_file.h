@@ -13,10 +13,15 @@ namespace Quorvex {
 ///     anything else                    the library's default, 6,000 Hz unless it was set
 ///
 /// MediaFileOpen opens .vox and .vx8 files with such an object too; one is made here to set the
-/// frequency of a single file. The predictor leaks (127/128 a sample) and is limited to 12 bits,
-/// both on purpose: decoders without that give other samples.
+/// frequency of a single file. Samples have 12 bits, delivered in 16-bit scale. The predictor
+/// leaks, by 127/128 a sample, on purpose: decoders without that give other samples. The format
+/// description is "6000Hz ADPCM", with the frequency of the file.
 ///
-/// Open also returns QVERR_FILE_OPEN_FAILED, as for every file, and never QVERR_BAD_FORMAT.
+/// Open fails only for what every file can fail for, never with QVERR_BAD_FORMAT. ReadBlock also
+/// returns QVERR_FILE_IO when the system cannot read on.
+///
+/// SetSamplingFrequency is the first slot after those of MultiChannelMediaFile, entry 32 of the
+/// primary table.
 class MEDIA_ACCESSOR_API CVOXMediaFile : public MultiChannelMediaFile {
  public:
   /// @return a new, closed file, owned by the caller, who ends it with MediaFileClose (or see
@@ -28,7 +33,8 @@ class MEDIA_ACCESSOR_API CVOXMediaFile : public MultiChannelMediaFile {
   /// @param hertz  ignored when it is 0, or does not fit 32 bits.
   static void SetDefaultSamplingFrequency(unsigned long hertz) noexcept;
 
-  /// Sets the frequency with which this object opens files.
+  /// Sets the frequency with which this object opens files, from now on and until it is set again:
+  /// closing a file does not take it back.
   /// @param hertz  0: the library's default.
   /// @return QVERR_OK; QVERR_ALREADY_OPEN while a file is open; QVERR_INVALID_ARGUMENT when it does
   ///         not fit 32 bits.

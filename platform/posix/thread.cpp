@@ -1,9 +1,9 @@
 // Thread services of Linux.
 #include "platform/thread.h"
 
-#include <pthread.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <thread>
 
@@ -11,7 +11,13 @@ namespace Quorvex::platform {
 
 std::uint32_t CurrentThreadId() noexcept { return static_cast<std::uint32_t>(::gettid()); }
 
-std::uintptr_t CurrentThreadMark() noexcept { return ::pthread_self(); }
+// Not pthread_self, which the next thread gets when one ends.
+std::uintptr_t CurrentThreadMark() noexcept {
+  static std::atomic<std::uintptr_t> last = 0;
+  thread_local std::uintptr_t mark = 0;
+  if (mark == 0) mark = ++last;
+  return mark;
+}
 
 void SleepMilliseconds(int milliseconds) noexcept {
   if (milliseconds <= 0) {

@@ -23,6 +23,31 @@ short Defined(double value, int channels) {
   return static_cast<short>(scaled);
 }
 
+// Where this arithmetic differs from others that are right as well: half is added before the cut,
+// and the reciprocal of the channel count is what is multiplied with.
+TEST(AUSamples, RoundingAsItIsDefined) {
+  struct Case {
+    int channels;
+    short value;
+    short sample;
+  };
+  // 49 / 98 is a half, which its reciprocal does not quite reach; adding a half makes up for it.
+  // For 147 / 98 nothing does.
+  for (const Case& c : {Case{98, 49, 1}, Case{98, 147, 1}, Case{98, -49, -1}, Case{98, -147, -1},
+                        Case{2, 3, 2}, Case{2, -3, -2}, Case{8, 4, 1}, Case{8, -4, -1}}) {
+    const unsigned char input[] = {static_cast<unsigned char>(c.value >> 8 & 0xFF),
+                                   static_cast<unsigned char>(c.value & 0xFF)};
+    short sample = 0;
+    ConvertAUSamples(AUEncoding::kLinear16, c.channels, input, 1, &sample);
+    EXPECT_EQ(sample, c.sample) << c.value << " / " << c.channels;
+  }
+  // The largest number below a half, 0x3FDFFFFFFFFFFFFF, at the scale of a sample.
+  const unsigned char belowHalf[] = {0x3E, 0xEF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF, 0xFF};
+  short sample = 0;
+  ConvertAUSamples(AUEncoding::kFloat64, 1, belowHalf, 1, &sample);
+  EXPECT_EQ(sample, 1);
+}
+
 TEST(AUSamples, EverySixteenBitValueForEveryKindOfChannelCount) {
   std::vector<unsigned char> input;
   for (int value = -32'768; value <= 32'767; ++value) {

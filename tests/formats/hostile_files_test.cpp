@@ -43,7 +43,7 @@ TEST(HostileFiles, EveryTruncationIsARefusalOrFewerFrames) {
   constexpr std::uintmax_t kShort = 4096;
   constexpr std::uintmax_t kStride = 97;
   const tests::TemporaryDirectory directory;
-  int formats = 0;
+  int files = 0;
   for (const std::filesystem::path& whole : FilesIn(MEDIA_ACCESSOR_FIXTURES)) {
     const std::string extension = whole.extension().string();
     if (extension != ".wav" && extension != ".au" && extension != ".vox" && extension != ".opus") {
@@ -54,14 +54,14 @@ TEST(HostileFiles, EveryTruncationIsARefusalOrFewerFrames) {
     const unsigned long long frames = CountFrames(path);
     std::uintmax_t size = std::filesystem::file_size(path);
     const std::uintmax_t step = size > kShort ? kStride : 1;
-    formats += frames > 0;
+    files += frames > 0;
     while (size >= step) {
       size -= step;
       std::filesystem::resize_file(path, size);
       EXPECT_LE(CountFrames(path), frames) << whole << " cut to " << size;
     }
   }
-  EXPECT_GT(formats, 30);
+  EXPECT_GT(files, 30);
 }
 
 // Each is named after what is wrong with it.

@@ -75,6 +75,10 @@ TEST_F(MediaFileFunctions, NamesWithoutCandidates) {
   const CMediaFileFactory* factory = nullptr;
   bool isDefault = false;
   EXPECT_EQ(MediaAccessorRegistryGetFactory("fake", 0, factory, isDefault), QVERR_OK);
+  // The empty extension is one too.
+  MediaAccessorRegistryOverride("", &second);
+  EXPECT_EQ(Open("dir.fake/name"), QVERR_OK);
+  MediaAccessorRegistryClear("", false);
   // A default factory gets such files.
   MediaAccessorRegistrySetDefault(&second);
   EXPECT_EQ(Open("fake"), QVERR_OK);

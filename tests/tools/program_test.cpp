@@ -1,5 +1,4 @@
 // media-accessor as its users run it: what it prints, what it writes, what it returns.
-#include <MediaAccessor/ownership.h>
 #include <gtest/gtest.h>
 
 #include <nlohmann/json.hpp>
@@ -204,17 +203,6 @@ TEST_F(Program, TheFrequencyOfVoxFiles) {
     EXPECT_EQ(Run({"info", "--vox-rate", rate, input}), 2) << rate;
     EXPECT_NE(errors.find("is a number of hertz"), std::string::npos) << errors;
   }
-}
-
-// In the test's own process, which the library is loaded into and no other test uses.
-TEST(OpusLibrary, IsLoadedByTheFirstFileThatNeedsIt) {
-  if (tests::kOpusModule == nullptr) GTEST_SKIP() << "this system has it in the library";
-  Quorvex::MediaFilePtr file;
-  EXPECT_EQ(MediaFileOpen(Fixture("sox_pcm16_stereo.wav").c_str(), file), Quorvex::QVERR_OK);
-  EXPECT_EQ(MediaFileOpen("nowhere.opus", file), Quorvex::QVERR_FILE_OPEN_FAILED);
-  EXPECT_FALSE(tests::IsModuleLoaded(tests::kOpusModule));
-  EXPECT_EQ(MediaFileOpen(Fixture("opus_mono.opus").c_str(), file), Quorvex::QVERR_OK);
-  EXPECT_TRUE(tests::IsModuleLoaded(tests::kOpusModule));
 }
 
 TEST_F(Program, VerboseTellsWhatWasTried) {

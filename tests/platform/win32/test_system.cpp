@@ -108,10 +108,13 @@ std::vector<std::wstring> OddFileNames() {
 }
 
 const char* const kOddNarrowFileName = "\xFC '%x%.wav";
-const char* const kOpusModule = nullptr;
+unsigned OpenHandles() {
+  DWORD count = 0;
+  ::GetProcessHandleCount(::GetCurrentProcess(), &count);
+  return count;
+}
 
-bool IsModuleLoaded(const char* name) { return ::GetModuleHandleA(name) != nullptr; }
-
+const char* const kUnreadableFile = nullptr;
 const char* const kFullDevice = nullptr;
 const bool kDebuggerIsStandardError = false;
 

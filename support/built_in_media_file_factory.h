@@ -1,4 +1,4 @@
-// FixedMediaFileFactory: what the built-in factories have in common.
+// BuiltInMediaFileFactory: what the built-in factories have in common.
 #pragma once
 
 #include <span>
@@ -9,7 +9,7 @@
 namespace Quorvex {
 
 /// A factory whose format name and extensions are constants.
-class FixedMediaFileFactory : public CMediaFileFactory {
+class BuiltInMediaFileFactory : public CMediaFileFactory {
  public:
   using CMediaFileFactory::GetDescription;
   using CMediaFileFactory::GetExtension;
@@ -21,8 +21,8 @@ class FixedMediaFileFactory : public CMediaFileFactory {
 
  protected:
   /// Both must outlive the factory.
-  FixedMediaFileFactory(std::wstring_view description,
-                        std::span<const std::wstring_view> extensions)
+  BuiltInMediaFileFactory(std::wstring_view description,
+                          std::span<const std::wstring_view> extensions)
       : description_(description), extensions_(extensions) {}
 
  private:
@@ -32,12 +32,12 @@ class FixedMediaFileFactory : public CMediaFileFactory {
 
 /// The factory of a reader.
 template <class MediaFile>
-class FixedMediaFileFactoryOf final : public FixedMediaFileFactory {
+class BuiltInMediaFileFactoryOf final : public BuiltInMediaFileFactory {
  public:
   /// Both must outlive the factory.
-  FixedMediaFileFactoryOf(std::wstring_view description,
-                          std::span<const std::wstring_view> extensions)
-      : FixedMediaFileFactory(description, extensions) {}
+  BuiltInMediaFileFactoryOf(std::wstring_view description,
+                            std::span<const std::wstring_view> extensions)
+      : BuiltInMediaFileFactory(description, extensions) {}
   CMediaFile* CreateMediaFile() const override { return new MediaFile; }
 };
 

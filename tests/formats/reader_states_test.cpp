@@ -1,0 +1,124 @@
+// What every reader does before, between and after the files that it reads.
+#include <MediaAccessor/all.h>
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <ostream>
+#include <string>
+
+#include "tests/fake_media.h"
+#include "tests/test_files.h"
+#include "tests/test_system.h"
+
+namespace {
+
+using namespace Quorvex;
+
+struct ReaderCase {
+  const char* extension;
+  const char* file;
+  const char* refusedFile;  // null: the reader takes anything
+  QVERRORCODE_TAG refusal;
+  QVERRORCODE_TAG unreadable;  // when opening has to read
+};
+
+void PrintTo(const ReaderCase& c, std::ostream* stream) { *stream << c.extension; }
+
+class ReaderStates : public testing::TestWithParam<ReaderCase> {
+ protected:
+  void SetUp() override {
+    const CMediaFileFactory* factory = nullptr;
+    bool isDefault = false;
+    ASSERT_EQ(MediaAccessorRegistryGetFactory(c.extension, 0, factory, isDefault), QVERR_OK);
+    file.reset(factory->CreateMediaFile());
+  }
+
+  QVERRORCODE_TAG Open(const std::string& name) { return file->Open(tests::Fixture(name).c_str()); }
+  QVERRORCODE_TAG OpenRecording() {
+    return file->Open((std::string(MEDIA_ACCESSOR_RECORDINGS) + "/call." + c.extension).c_str());
+  }
+
+  QVERRORCODE_TAG Read() {
+    const short* samples = nullptr;
+    const QVERRORCODE_TAG result = file->ReadBlock(samples, frames);
+    EXPECT_EQ(samples != nullptr, frames > 0);
+    return result;
+  }
+
+  void ExpectClosed() {
+    EXPECT_FALSE(file->IsOpen());
+    EXPECT_EQ(Read(), QVERR_FILE_NOT_OPEN);
+    EXPECT_EQ(file->Close(), QVERR_FILE_NOT_OPEN);
+    EXPECT_EQ(file->GetSamplingFrequency(), 0U);
+    EXPECT_EQ(file->GetTrackChannelCount(), 0);
+    EXPECT_EQ(file->GetMilliseconds(), 0U);
+    char text[64];
+    file->GetFormatDescription(text, sizeof text);
+    EXPECT_STREQ(text, "File not open");
+  }
+
+  const ReaderCase& c = GetParam();
+  MediaFilePtr file;
+  unsigned long frames = 0;
+};
+
+TEST_P(ReaderStates, ClosedOpenAndClosedAgain) {
+  ExpectClosed();
+  ASSERT_EQ(Open(c.file), QVERR_OK);
+  const unsigned long milliseconds = file->GetMilliseconds();
+  EXPECT_EQ(OpenRecording(), QVERR_ALREADY_OPEN);
+  EXPECT_EQ(file->GetMilliseconds(), milliseconds) << "the first file stays";
+  file->SelectChannels(nullptr, 0, kChannelModeSeparate);
+  const auto samples = tests::PullAll(*file);
+  EXPECT_GT(samples.size(), 0U);
+  EXPECT_EQ(Read(), QVERR_OK) << "the end stays the end";
+  EXPECT_EQ(frames, 0U);
+  EXPECT_EQ(file->Close(), QVERR_OK);
+  ExpectClosed();
+  ASSERT_EQ(OpenRecording(), QVERR_OK);
+  EXPECT_NE(file->GetMilliseconds(), milliseconds);
+  EXPECT_EQ(Read(), QVERR_OK);
+  EXPECT_EQ(file->Close(), QVERR_OK);
+  // The first once more, from its first sample.
+  ASSERT_EQ(Open(c.file), QVERR_OK);
+  file->SelectChannels(nullptr, 0, kChannelModeSeparate);
+  EXPECT_EQ(tests::PullAll(*file), samples);
+}
+
+TEST_P(ReaderStates, NoFileIsHeldAfterARefusalOrAClose) {
+  ASSERT_EQ(Open(c.file), QVERR_OK);
+  ASSERT_EQ(file->Close(), QVERR_OK);
+  const unsigned before = tests::OpenHandles();
+  ASSERT_EQ(Open(c.file), QVERR_OK);
+  EXPECT_GT(tests::OpenHandles(), before);
+  ASSERT_EQ(file->Close(), QVERR_OK);
+  EXPECT_EQ(tests::OpenHandles(), before);
+  EXPECT_EQ(Open("no such file"), QVERR_FILE_OPEN_FAILED);
+  EXPECT_EQ(file->Open(tests::Fixture("").c_str()), QVERR_FILE_OPEN_FAILED) << "a directory";
+  if (c.refusedFile != nullptr) {
+    EXPECT_EQ(Open(c.refusedFile), c.refusal);
+  }
+  EXPECT_EQ(tests::OpenHandles(), before);
+  ExpectClosed();
+}
+
+TEST_P(ReaderStates, AFileThatCannotBeRead) {
+  if (tests::kUnreadableFile == nullptr) GTEST_SKIP() << "this system has no such file";
+  EXPECT_EQ(file->Open(tests::kUnreadableFile), c.unreadable);
+  if (c.unreadable == QVERR_OK) {
+    EXPECT_EQ(Read(), QVERR_FILE_IO);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, ReaderStates,
+    testing::Values(ReaderCase{"wav", "sox_pcm16_stereo.wav", "refused_aiff.wav", QVERR_BAD_FORMAT,
+                               QVERR_BAD_FORMAT},
+                    ReaderCase{"au", "au_sox_pcm16.au", "refused_aiff.wav", QVERR_BAD_FORMAT,
+                               QVERR_FILE_OPEN_FAILED},
+                    ReaderCase{"vox", "vox_sox.vox", nullptr, QVERR_OK, QVERR_OK},
+                    ReaderCase{"opus", "opus_stereo.opus", "refused_aiff.wav",
+                               QVERR_FILE_OPEN_FAILED, QVERR_FILE_OPEN_FAILED}),
+    [](const auto& test) { return std::string(test.param.extension); });
+
+}  // namespace

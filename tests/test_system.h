@@ -41,8 +41,8 @@ extern const char* const kOddNarrowFileName;
 /// A device on which there is never any room; null when the system has none.
 extern const char* const kFullDevice;
 
-/// How many files and other objects of the system this process holds.
-unsigned OpenHandles();
+/// Whether this process has a file open, which nobody else may have.
+bool IsHeld(const std::string& path);
 
 /// A regular file that opens and fails to be read; null when the system has none.
 extern const char* const kUnreadableFile;

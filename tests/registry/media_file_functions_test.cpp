@@ -77,7 +77,7 @@ TEST_F(MediaFileFunctions, NamesWithoutCandidates) {
   EXPECT_EQ(MediaAccessorRegistryGetFactory("fake", 0, factory, isDefault), QVERR_OK);
   // The empty extension is one too.
   MediaAccessorRegistryOverride("", &second);
-  EXPECT_EQ(Open("dir.fake/name"), QVERR_OK);
+  EXPECT_EQ(Open("dir.fake\\name"), QVERR_OK);
   MediaAccessorRegistryClear("", false);
   // A default factory gets such files.
   MediaAccessorRegistrySetDefault(&second);

@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <iterator>
+#include <system_error>
 
 extern char** environ;
 
@@ -79,9 +79,12 @@ std::vector<std::wstring> OddFileNames() {
 }
 
 const char* const kOddNarrowFileName = "\xFF\"\n.wav";
-unsigned OpenHandles() {
-  const std::filesystem::directory_iterator descriptors("/proc/self/fd");
-  return static_cast<unsigned>(std::distance(begin(descriptors), end(descriptors)));
+bool IsHeld(const std::string& path) {
+  for (const auto& descriptor : std::filesystem::directory_iterator("/proc/self/fd")) {
+    std::error_code error;
+    if (std::filesystem::equivalent(descriptor.path(), path, error)) return true;
+  }
+  return false;
 }
 
 const char* const kUnreadableFile = "/proc/self/mem";  // nothing is mapped at its beginning

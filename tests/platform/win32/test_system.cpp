@@ -108,10 +108,13 @@ std::vector<std::wstring> OddFileNames() {
 }
 
 const char* const kOddNarrowFileName = "\xFC '%x%.wav";
-unsigned OpenHandles() {
-  DWORD count = 0;
-  ::GetProcessHandleCount(::GetCurrentProcess(), &count);
-  return count;
+bool IsHeld(const std::string& path) {
+  // Wants to be alone with it.
+  const HANDLE file =
+      ::CreateFileA(path.c_str(), GENERIC_READ, 0, nullptr, OPEN_EXISTING, 0, nullptr);
+  if (file == INVALID_HANDLE_VALUE) return ::GetLastError() == ERROR_SHARING_VIOLATION;
+  ::CloseHandle(file);
+  return false;
 }
 
 const char* const kUnreadableFile = nullptr;

@@ -17,7 +17,7 @@ struct OpusFileFunctions {
 };
 
 /// Gives the library's functions. On Linux it is a shared object, which the first call loads and
-/// which stays loaded: linked, it and what it needs would make the start of every process a fifth
+/// which stays loaded: linked, it and what it needs would make the start of every process an eighth
 /// longer. So no tool for packages sees that it is needed. On Windows it is part of ours. Any
 /// thread.
 /// @param error  receives the system's own words when the result is null.

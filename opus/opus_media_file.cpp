@@ -139,7 +139,6 @@ void OpusMediaFileImpl::CloseFormat() {
 // libopusfile would report it for ever.
 QVERRORCODE_TAG OpusMediaFileImpl::ReadRawBlock(const short*& samples, unsigned long& frames,
                                                 void*) {
-  if (file_ == nullptr) return QVERR_FILE_NOT_OPEN;
   if (isOver_) return QVERR_OK;
   int link = 0;
   const int count = library_->read(file_, samples_, kBlockSamples, &link);

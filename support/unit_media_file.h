@@ -56,7 +56,6 @@ class UnitMediaFile : public BuiltInMediaFile<Interface> {
   }
 
   QVERRORCODE_TAG ReadRawBlock(const short*& samples, unsigned long& frames, void*) final {
-    if (!units_.IsOpen()) return QVERR_FILE_NOT_OPEN;
     const unsigned char* units = nullptr;
     std::size_t count = 0;
     const QVERRORCODE_TAG result = units_.Next(units, count);

@@ -68,7 +68,6 @@ QVERRORCODE_TAG UnitReader::Next(const unsigned char*& units, std::size_t& count
 void UnitReader::Close() noexcept {
   file_.Close();
   buffer_.Reset();
-  filledUnits_ = usedUnits_ = 0;
 }
 
 }  // namespace Quorvex

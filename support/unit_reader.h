@@ -29,7 +29,6 @@ class UnitReader {
  public:
   /// Opens the file, without reading any of it. False when that fails.
   bool Open(const wchar_t* path) { return file_.Open(path); }
-  bool IsOpen() const noexcept { return file_.IsOpen(); }
   /// The open file, for its header.
   platform::InputFile& File() noexcept { return file_; }
 

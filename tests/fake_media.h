@@ -192,6 +192,18 @@ inline std::vector<short> PullAll(Quorvex::CMediaAccessor& accessor) {
   }
 }
 
+/// The frames of each block up to the end.
+inline std::vector<unsigned long> BlockSizes(Quorvex::CMediaAccessor& accessor) {
+  std::vector<unsigned long> sizes;
+  for (;;) {
+    const short* samples = nullptr;
+    unsigned long frames = 0;
+    EXPECT_EQ(accessor.ReadBlock(samples, frames), Quorvex::QVERR_OK);
+    if (frames == 0) return sizes;
+    sizes.push_back(frames);
+  }
+}
+
 template <class Object>
 std::wstring WideDescription(const Object& object) {
   return Quorvex::TextOf<wchar_t>([&](wchar_t* buffer, unsigned long capacity) {

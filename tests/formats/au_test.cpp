@@ -6,12 +6,12 @@
 #include <cmath>
 #include <cstdint>
 #include <limits>
-#include <ostream>
 #include <string>
 #include <vector>
 
 #include "tests/au_bytes.h"
 #include "tests/fake_media.h"
+#include "tests/foreign_file.h"
 #include "tests/test_files.h"
 
 namespace {
@@ -19,64 +19,46 @@ namespace {
 using namespace Quorvex;
 using tests::AuBytes;
 using tests::BigEndian;
+using tests::ForeignFileCase;
 
-struct FixtureCase {
-  const char* name;
-  int channels;
-  const wchar_t* encoding;
-};
-
-void PrintTo(const FixtureCase& c, std::ostream* stream) { *stream << c.name; }
-
-class ForeignAU : public testing::TestWithParam<FixtureCase> {};
+class ForeignAU : public testing::TestWithParam<ForeignFileCase> {};
 
 // The other program's samples, at 32 bits, with what this system does to them: wide integers lose
 // their lower half, and every sample is divided by the channel count.
 TEST_P(ForeignAU, HasTheSamplesOfTheProgramThatWroteItDividedByTheChannels) {
-  const FixtureCase& c = GetParam();
-  const std::string path = tests::Fixture(std::string(c.name) + ".au");
+  const ForeignFileCase& c = GetParam();
   const bool isFloat = std::string(c.name).find("float") != std::string::npos;
-  const auto halves = tests::ReadSamples(tests::Fixture(std::string(c.name) + ".s32"));
+  const auto halves = tests::ReadSamples(c.Path(".s32"));
   std::vector<short> expected;
   for (std::size_t i = 0; i + 1 < halves.size(); i += 2) {
     const double low = isFloat ? static_cast<unsigned short>(halves[i]) / 65'536.0 : 0.0;
     expected.push_back(static_cast<short>(std::round((halves[i + 1] + low) / c.channels)));
   }
   ASSERT_EQ(expected.size(), 1200U * static_cast<unsigned>(c.channels));
-  MediaFilePtr file;
-  ASSERT_EQ(MediaFileOpen(path.c_str(), file), QVERR_OK);
-  EXPECT_EQ(tests::WideDescription(*file), L"Sun AU Format");
-  wchar_t encoding[64];
-  file->GetFormatDescription(encoding, 64);
-  EXPECT_STREQ(encoding, c.encoding);
-  EXPECT_EQ(file->GetSamplingFrequency(), 8000U);
-  EXPECT_EQ(file->GetTrackChannelCount(), c.channels);
-  EXPECT_EQ(file->GetMilliseconds(), 150U);
-  ASSERT_EQ(file->SelectChannels(nullptr, 0, kChannelModeSeparate), QVERR_OK);
-  EXPECT_EQ(tests::PullAll(*file), expected);
+  tests::ExpectForeignFile(c, ".au", L"Sun AU Format", expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     AU, ForeignAU,
-    testing::Values(FixtureCase{"au_sox_ulaw", 2, L"8-bit ISDN u-law"},
-                    FixtureCase{"au_sox_alaw", 2, L"8-bit ISDN A-law"},
-                    FixtureCase{"au_sox_pcm8", 2, L"8-bit linear PCM"},
-                    FixtureCase{"au_sox_pcm16", 2, L"16-bit linear PCM"},
-                    FixtureCase{"au_sox_pcm24", 2, L"24-bit linear PCM"},
-                    FixtureCase{"au_sox_pcm32", 2, L"32-bit linear PCM"},
-                    FixtureCase{"au_sox_float32", 2, L"32-bit IEEE floating point"},
-                    FixtureCase{"au_sox_float64", 2, L"64-bit IEEE floating point"},
-                    FixtureCase{"au_sox_three_channels", 3, L"24-bit linear PCM"},
-                    FixtureCase{"au_sndfile_ulaw", 1, L"8-bit ISDN u-law"},
-                    FixtureCase{"au_sndfile_alaw", 1, L"8-bit ISDN A-law"},
-                    FixtureCase{"au_sndfile_pcms8", 1, L"8-bit linear PCM"},
-                    FixtureCase{"au_sndfile_pcm16", 1, L"16-bit linear PCM"},
-                    FixtureCase{"au_sndfile_pcm24", 1, L"24-bit linear PCM"},
-                    FixtureCase{"au_sndfile_pcm32", 1, L"32-bit linear PCM"},
-                    FixtureCase{"au_sndfile_float32", 1, L"32-bit IEEE floating point"},
-                    FixtureCase{"au_sndfile_float64", 1, L"64-bit IEEE floating point"},
+    testing::Values(ForeignFileCase{"au_sox_ulaw", 2, L"8-bit ISDN u-law"},
+                    ForeignFileCase{"au_sox_alaw", 2, L"8-bit ISDN A-law"},
+                    ForeignFileCase{"au_sox_pcm8", 2, L"8-bit linear PCM"},
+                    ForeignFileCase{"au_sox_pcm16", 2, L"16-bit linear PCM"},
+                    ForeignFileCase{"au_sox_pcm24", 2, L"24-bit linear PCM"},
+                    ForeignFileCase{"au_sox_pcm32", 2, L"32-bit linear PCM"},
+                    ForeignFileCase{"au_sox_float32", 2, L"32-bit IEEE floating point"},
+                    ForeignFileCase{"au_sox_float64", 2, L"64-bit IEEE floating point"},
+                    ForeignFileCase{"au_sox_three_channels", 3, L"24-bit linear PCM"},
+                    ForeignFileCase{"au_sndfile_ulaw", 1, L"8-bit ISDN u-law"},
+                    ForeignFileCase{"au_sndfile_alaw", 1, L"8-bit ISDN A-law"},
+                    ForeignFileCase{"au_sndfile_pcms8", 1, L"8-bit linear PCM"},
+                    ForeignFileCase{"au_sndfile_pcm16", 1, L"16-bit linear PCM"},
+                    ForeignFileCase{"au_sndfile_pcm24", 1, L"24-bit linear PCM"},
+                    ForeignFileCase{"au_sndfile_pcm32", 1, L"32-bit linear PCM"},
+                    ForeignFileCase{"au_sndfile_float32", 1, L"32-bit IEEE floating point"},
+                    ForeignFileCase{"au_sndfile_float64", 1, L"64-bit IEEE floating point"},
                     // Its data size is all ones.
-                    FixtureCase{"au_ffmpeg_pipe", 2, L"16-bit linear PCM"}),
+                    ForeignFileCase{"au_ffmpeg_pipe", 2, L"16-bit linear PCM"}),
     [](const auto& test) { return std::string(test.param.name); });
 
 class AU : public testing::Test {
@@ -138,12 +120,7 @@ TEST_F(AU, TheGainStaysAlthoughTheMixerAveragesAgain) {
 
 TEST_F(AU, BlocksHave1024Frames) {
   ASSERT_EQ(MediaFileOpen(tests::Fixture("au_sox_pcm16.au").c_str(), file), QVERR_OK);
-  for (const unsigned long expected : {1024UL, 176UL, 0UL}) {
-    const short* samples = nullptr;
-    unsigned long frames = 0;
-    EXPECT_EQ(file->ReadBlock(samples, frames), QVERR_OK);
-    EXPECT_EQ(frames, expected);
-  }
+  EXPECT_EQ(tests::BlockSizes(*file), (std::vector<unsigned long>{1024, 176}));
 }
 
 }  // namespace

@@ -4,64 +4,46 @@
 
 #include <cstdint>
 #include <limits>
-#include <ostream>
 #include <string>
 #include <vector>
 
 #include "tests/fake_media.h"
+#include "tests/foreign_file.h"
 #include "tests/test_files.h"
 #include "tests/wav_bytes.h"
 
 namespace {
 
 using namespace Quorvex;
-
-struct FixtureCase {
-  const char* name;
-  int channels;
-  const wchar_t* encoding;
-};
-
-void PrintTo(const FixtureCase& c, std::ostream* stream) { *stream << c.name; }
+using tests::ForeignFileCase;
 
 constexpr const wchar_t* kPcm8 = L"Uncompressed unsigned 8-bit linear PCM";
 constexpr const wchar_t* kPcm16 = L"Uncompressed signed 16-bit linear PCM";
 constexpr const wchar_t* kALaw = L"CCITT A-Law";
 constexpr const wchar_t* kMuLaw = L"CCITT u-Law";
 
-class ForeignFile : public testing::TestWithParam<FixtureCase> {};
+class ForeignFile : public testing::TestWithParam<ForeignFileCase> {};
 
 TEST_P(ForeignFile, HasTheSamplesOfTheProgramThatWroteIt) {
-  const FixtureCase& c = GetParam();
-  const std::string path = tests::Fixture(std::string(c.name) + ".wav");
-  MediaFilePtr file;
-  ASSERT_EQ(MediaFileOpen(path.c_str(), file), QVERR_OK);
-  EXPECT_EQ(file->GetTrackChannelCount(), c.channels);
-  EXPECT_EQ(file->GetSamplingFrequency(), 8000U);
-  EXPECT_EQ(file->GetMilliseconds(), 250U);
-  wchar_t encoding[64];
-  file->GetFormatDescription(encoding, 64);
-  EXPECT_STREQ(encoding, c.encoding);
-  EXPECT_EQ(tests::WideDescription(*file), L"Portable WAV Format");
-  ASSERT_EQ(file->SelectChannels(nullptr, 0, kChannelModeSeparate), QVERR_OK);
-  const auto expected = tests::ReadSamples(tests::Fixture(std::string(c.name) + ".s16"));
+  const ForeignFileCase& c = GetParam();
+  const auto expected = tests::ReadSamples(c.Path(".s16"));
   EXPECT_EQ(expected.size(), 2000U * static_cast<unsigned>(c.channels));
-  EXPECT_EQ(tests::PullAll(*file), expected);
+  tests::ExpectForeignFile(c, ".wav", L"Portable WAV Format", expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(PortableWAV, ForeignFile,
-                         testing::Values(FixtureCase{"sox_pcm16_stereo", 2, kPcm16},
-                                         FixtureCase{"sox_pcm8_mono", 1, kPcm8},
-                                         FixtureCase{"sox_alaw_stereo", 2, kALaw},
-                                         FixtureCase{"sox_mulaw_mono", 1, kMuLaw},
-                                         FixtureCase{"ffmpeg_pcm16_mono", 1, kPcm16},
-                                         FixtureCase{"ffmpeg_pcm8_stereo", 2, kPcm8},
-                                         FixtureCase{"ffmpeg_alaw_mono", 1, kALaw},
-                                         FixtureCase{"ffmpeg_mulaw_stereo", 2, kMuLaw},
-                                         FixtureCase{"sndfile_pcm16_stereo", 2, kPcm16},
-                                         FixtureCase{"sndfile_pcm8_stereo", 2, kPcm8},
-                                         FixtureCase{"sndfile_alaw_stereo", 2, kALaw},
-                                         FixtureCase{"sndfile_ulaw_mono", 1, kMuLaw}),
+                         testing::Values(ForeignFileCase{"sox_pcm16_stereo", 2, kPcm16},
+                                         ForeignFileCase{"sox_pcm8_mono", 1, kPcm8},
+                                         ForeignFileCase{"sox_alaw_stereo", 2, kALaw},
+                                         ForeignFileCase{"sox_mulaw_mono", 1, kMuLaw},
+                                         ForeignFileCase{"ffmpeg_pcm16_mono", 1, kPcm16},
+                                         ForeignFileCase{"ffmpeg_pcm8_stereo", 2, kPcm8},
+                                         ForeignFileCase{"ffmpeg_alaw_mono", 1, kALaw},
+                                         ForeignFileCase{"ffmpeg_mulaw_stereo", 2, kMuLaw},
+                                         ForeignFileCase{"sndfile_pcm16_stereo", 2, kPcm16},
+                                         ForeignFileCase{"sndfile_pcm8_stereo", 2, kPcm8},
+                                         ForeignFileCase{"sndfile_alaw_stereo", 2, kALaw},
+                                         ForeignFileCase{"sndfile_ulaw_mono", 1, kMuLaw}),
                          [](const auto& test) { return std::string(test.param.name); });
 
 class PortableWAV : public testing::Test {

@@ -1,4 +1,4 @@
-// Stdio streams on a file that several processes append to.
+// Stdio streams: on a file that several processes append to, and on a file that is read in place.
 #pragma once
 
 #include <cstdint>
@@ -19,6 +19,14 @@ StreamOpening OpenSharedStream(const wchar_t* path, std::FILE*& stream);
 
 /// The same for a file that must not exist yet, and that is created.
 StreamOpening CreateSharedStream(const wchar_t* path, std::FILE*& stream);
+
+/// Opens an existing regular file in binary: "rb", or "r+b" to write in place too. What is no
+/// regular file (a directory, a pipe) is not opened and never waited for. May throw std::bad_alloc.
+/// @return the stream, owned by the caller; null on failure.
+std::FILE* OpenRegularStream(const wchar_t* path, bool write);
+
+/// Moves to a position in bytes from the start, which may lie beyond the end.
+bool SeekTo(std::FILE* stream, std::int64_t position) noexcept;
 
 /// Moves to the end of the file.
 /// @param position  receives it, in bytes.

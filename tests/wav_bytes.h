@@ -18,7 +18,9 @@ struct WavBytes {
   std::uint32_t tag = 1;
   std::uint32_t channels = 1;
   std::uint32_t frequency = 8000;
+  std::int64_t bytesPerSecond = -1;  // negative: the truth
   std::uint32_t blockAlign = 2;
+  std::uint32_t bits = 0xFFFF;  // most readers never look at them
   std::string data = std::string(8, '\0');
   std::int64_t dataSize = -1;  // as the header tells it; negative: the truth
   std::string afterData;
@@ -34,9 +36,10 @@ struct WavBytes {
   }
 
   std::string FormatChunk() const {
+    const std::uint64_t rate = bytesPerSecond < 0 ? std::uint64_t{frequency} * blockAlign
+                                                  : static_cast<std::uint64_t>(bytesPerSecond);
     std::string payload = Number(tag, 2) + Number(channels, 2) + Number(frequency, 4) +
-                          Number(std::uint64_t{frequency} * blockAlign, 4) + Number(blockAlign, 2) +
-                          Number(0xFFFF, 2);  // bits: never looked at
+                          Number(rate, 4) + Number(blockAlign, 2) + Number(bits, 2);
     payload.resize(formatSize, '\0');
     return Chunk("fmt ", payload);
   }

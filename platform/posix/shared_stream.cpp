@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -18,12 +19,12 @@ StreamOpening Open(const wchar_t* path, int flags, std::FILE*& stream) {
   std::string name;
   if (!SystemFileName(path, name)) return StreamOpening::kFailed;
   // O_NONBLOCK: opening a pipe must not wait for its other end.
-  const int descriptor = ::open(name.c_str(), flags | O_RDWR | O_CLOEXEC | O_NONBLOCK, 0666);
+  const int descriptor = ::open(name.c_str(), flags | O_CLOEXEC | O_NONBLOCK, 0666);
   if (descriptor < 0) {
     if (errno == ENOENT) return StreamOpening::kMissing;
     return errno == EEXIST ? StreamOpening::kExists : StreamOpening::kFailed;
   }
-  stream = ::fdopen(descriptor, "r+b");
+  stream = ::fdopen(descriptor, (flags & O_RDWR) != 0 ? "r+b" : "rb");
   if (stream != nullptr) return StreamOpening::kOpened;
   ::close(descriptor);
   return StreamOpening::kFailed;
@@ -32,11 +33,24 @@ StreamOpening Open(const wchar_t* path, int flags, std::FILE*& stream) {
 }  // namespace
 
 StreamOpening OpenSharedStream(const wchar_t* path, std::FILE*& stream) {
-  return Open(path, 0, stream);
+  return Open(path, O_RDWR, stream);
 }
 
 StreamOpening CreateSharedStream(const wchar_t* path, std::FILE*& stream) {
-  return Open(path, O_CREAT | O_EXCL, stream);
+  return Open(path, O_RDWR | O_CREAT | O_EXCL, stream);
+}
+
+std::FILE* OpenRegularStream(const wchar_t* path, bool write) {
+  std::FILE* stream = nullptr;
+  if (Open(path, write ? O_RDWR : O_RDONLY, stream) != StreamOpening::kOpened) return nullptr;
+  struct stat status {};
+  if (::fstat(::fileno(stream), &status) == 0 && S_ISREG(status.st_mode)) return stream;
+  std::fclose(stream);
+  return nullptr;
+}
+
+bool SeekTo(std::FILE* stream, std::int64_t position) noexcept {
+  return ::fseeko(stream, position, SEEK_SET) == 0;
 }
 
 bool SeekToEnd(std::FILE* stream, std::int64_t& position) noexcept {

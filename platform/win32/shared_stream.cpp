@@ -19,12 +19,12 @@ StreamOpening Open(const wchar_t* path, int flags, std::FILE*& stream) {
   const ErrorModeGuard guard;
   stream = nullptr;
   const int descriptor =
-      ::_wsopen(path, flags | _O_RDWR | _O_BINARY | _O_NOINHERIT, _SH_DENYNO, _S_IREAD | _S_IWRITE);
+      ::_wsopen(path, flags | _O_BINARY | _O_NOINHERIT, _SH_DENYNO, _S_IREAD | _S_IWRITE);
   if (descriptor < 0) {
     if (errno == ENOENT) return StreamOpening::kMissing;
     return errno == EEXIST ? StreamOpening::kExists : StreamOpening::kFailed;
   }
-  stream = ::_fdopen(descriptor, "r+b");
+  stream = ::_fdopen(descriptor, (flags & _O_RDWR) != 0 ? "r+b" : "rb");
   if (stream != nullptr) return StreamOpening::kOpened;
   ::_close(descriptor);
   return StreamOpening::kFailed;
@@ -44,11 +44,23 @@ OVERLAPPED LockedByte() {
 }  // namespace
 
 StreamOpening OpenSharedStream(const wchar_t* path, std::FILE*& stream) {
-  return Open(path, 0, stream);
+  return Open(path, _O_RDWR, stream);
 }
 
 StreamOpening CreateSharedStream(const wchar_t* path, std::FILE*& stream) {
-  return Open(path, _O_CREAT | _O_EXCL, stream);
+  return Open(path, _O_RDWR | _O_CREAT | _O_EXCL, stream);
+}
+
+std::FILE* OpenRegularStream(const wchar_t* path, bool write) {
+  std::FILE* stream = nullptr;
+  if (Open(path, write ? _O_RDWR : _O_RDONLY, stream) != StreamOpening::kOpened) return nullptr;
+  if (::GetFileType(HandleOf(stream)) == FILE_TYPE_DISK) return stream;
+  std::fclose(stream);
+  return nullptr;
+}
+
+bool SeekTo(std::FILE* stream, std::int64_t position) noexcept {
+  return ::_fseeki64(stream, position, SEEK_SET) == 0;
 }
 
 bool SeekToEnd(std::FILE* stream, std::int64_t& position) noexcept {

@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "platform/ft_file_impl.h"
+#include "platform/shared_stream.h"
 #include "platform/text.h"
 #include "support/ft_file.h"
 #include "support/ft_log.h"
@@ -70,6 +71,8 @@ TEST_F(PosixFile, APipeIsNeverWaitedFor) {
   EXPECT_EQ(Open(pipe, false), QVERR_FILE_OPEN_FAILED);
   EXPECT_EQ(Open(pipe, true), QVERR_FILE_OPEN_FAILED);
   EXPECT_EQ(ThrownCode([&] { file->Create(pipe.c_str()); }), QVERR_FILE_CREATE_FAILED);
+  EXPECT_EQ(platform::OpenRegularStream(pipe.c_str(), false), nullptr);
+  EXPECT_EQ(platform::OpenRegularStream(pipe.c_str(), true), nullptr);
 }
 
 TEST_F(PosixFile, SeveralMayWrite) {

@@ -44,4 +44,8 @@ inline WaveFormat PCM16Format(std::uint16_t channels, std::uint32_t samplesPerSe
           .extra = {}};
 }
 
+/// The format that an extensible one stands for, when it names it by a tag; any other format as it
+/// is. May throw std::bad_alloc.
+WaveFormat PlainFormat(const WaveFormat& format);
+
 }  // namespace Quorvex

@@ -67,6 +67,7 @@ class ModuleSearchScope {
 
 /// Which media frameworks of the system could be loaded just now. They are unloaded again.
 struct MediaFrameworks {
+  bool belongToSystem = false;  ///< whether this kind of system has such frameworks at all
   bool directShow = false;
   bool mediaFoundation = false;
 };

@@ -15,4 +15,7 @@ bool IsPathSeparator(wchar_t character) noexcept;
 ///         std::bad_alloc.
 bool ResolvePath(const std::wstring& name, std::wstring& full);
 
+/// Whether there is anything of that name, whatever it is. May throw std::bad_alloc.
+bool Exists(const wchar_t* path);
+
 }  // namespace Quorvex::platform

@@ -1,8 +1,11 @@
-// The two expansion tables, formed from the structure of a code word:
+// The two expansion tables and the compression, formed from the structure of a code word:
 //
 //     bit   7     6..4      3..0
 //           sign  segment   interval within the segment
 #include "support/g711.h"
+
+#include <algorithm>
+#include <bit>
 
 namespace Quorvex {
 namespace {
@@ -28,6 +31,27 @@ constexpr std::int16_t ExpandMuLaw(int code) {
   return static_cast<std::int16_t>((code & 0x80) != 0 ? -magnitude : magnitude);
 }
 
+unsigned Magnitude(short sample) { return static_cast<unsigned>(sample < 0 ? ~sample : sample); }
+
+// Segments 0 and 1 share a step, so that 32 intervals come before the first doubling.
+unsigned char CompressALaw(short sample) {
+  const unsigned magnitude = Magnitude(sample) >> 4;
+  const int segment = std::max(static_cast<int>(std::bit_width(magnitude)) - 4, 0);
+  const unsigned interval = magnitude >> std::max(segment - 1, 0) & 15;
+  const unsigned sign = sample < 0 ? 0 : 0x80;
+  return static_cast<unsigned char>((sign | static_cast<unsigned>(segment) << 4 | interval) ^ 0x55);
+}
+
+unsigned char CompressMuLaw(short sample) {
+  constexpr unsigned kBias = 33;
+  constexpr unsigned kLargest = 0x1FFF;
+  const unsigned magnitude = std::min((Magnitude(sample) >> 2) + kBias, kLargest);
+  const int segment = static_cast<int>(std::bit_width(magnitude)) - 6;
+  const unsigned interval = magnitude >> (segment + 1) & 15;
+  const unsigned sign = sample < 0 ? 0x80 : 0;
+  return static_cast<unsigned char>(~(sign | static_cast<unsigned>(segment) << 4 | interval));
+}
+
 template <class Expand>
 constexpr G711Table MakeTable(Expand expand) {
   G711Table table{};
@@ -45,6 +69,15 @@ void ExpandG711(WaveLaw law, const unsigned char* codes, std::size_t count,
   const G711Table& table = law == WaveLaw::kALaw ? kG711ALaw : kG711MuLaw;
   for (std::size_t i = ExpandG711Vector(law, codes, count, samples); i < count; ++i) {
     samples[i] = table[codes[i]];
+  }
+}
+
+void CompressG711(WaveLaw law, const short* samples, std::size_t count,
+                  unsigned char* codes) noexcept {
+  if (law == WaveLaw::kALaw) {
+    std::transform(samples, samples + count, codes, CompressALaw);
+  } else {
+    std::transform(samples, samples + count, codes, CompressMuLaw);
   }
 }
 

@@ -1,4 +1,4 @@
-// The expansion of G.711 code words.
+// The expansion of G.711 code words, and the compression to them.
 #pragma once
 
 #include <array>
@@ -19,6 +19,12 @@ extern const G711Table kG711MuLaw;
 /// Expands code words. @param law  kALaw or kMuLaw.
 void ExpandG711(WaveLaw law, const unsigned char* codes, std::size_t count,
                 short* samples) noexcept;
+
+/// Compresses samples to code words, by the decision values of ITU-T G.711, tables 1a and 2a, as
+/// the reference of ITU-T G.191 does: bits below A-law's 13 and mu-law's 14 are cut off the
+/// magnitude, that of a negative sample being its complement. @param law  kALaw or kMuLaw.
+void CompressG711(WaveLaw law, const short* samples, std::size_t count,
+                  unsigned char* codes) noexcept;
 
 /// ExpandG711 with vector instructions. @return how many of the first code words were expanded, the
 /// others being left: 0 where the processor has no such instructions.

@@ -47,6 +47,9 @@ bool IsHeld(const std::string& path);
 /// A regular file that opens and fails to be read; null when the system has none.
 extern const char* const kUnreadableFile;
 
+/// Whether this is Windows, which has media frameworks and a compression manager of its own.
+extern const bool kSystemIsWindows;
+
 /// Whether what goes to the debugger arrives on standard error.
 extern const bool kDebuggerIsStandardError;
 

@@ -43,4 +43,22 @@ class CompressionDriver {
                                           const WaveFormat& target) const = 0;
 };
 
+/// The list's own entries: PCM of every width, floating point and G.711 in both directions; the two
+/// ADPCM codings, decoded.
+const CompressionDriver& PCMDriver();
+const CompressionDriver& IMAADPCMDriver();
+const CompressionDriver& MicrosoftADPCMDriver();
+
+/// Puts a driver before the others, for good. For tests.
+/// @param driver  must live as long as the process.
+void AddCompressionDriver(const CompressionDriver& driver);
+
+/// Every field is given.
+inline constexpr unsigned kAllFields =
+    kSuggestTag | kSuggestChannels | kSuggestSamplesPerSecond | kSuggestBitsPerSample;
+
+/// Completes `target` with what `offered` says. False, with nothing changed, when a given field
+/// says something else.
+bool CompleteSuggestion(const WaveFormat& offered, WaveFormat& target, unsigned fields);
+
 }  // namespace Quorvex

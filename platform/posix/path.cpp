@@ -1,9 +1,13 @@
 // Path syntax of a POSIX system. Paths written on Windows keep their meaning, so '\' separates too.
 #include "platform/path.h"
 
+#include <sys/stat.h>
+
 #include <filesystem>
+#include <string>
 #include <system_error>
 
+#include "platform/posix/file_name.h"
 #include "platform/text.h"
 
 namespace Quorvex::platform {
@@ -23,6 +27,12 @@ bool ResolvePath(const std::wstring& name, std::wstring& full) {
   if (full.back() != L'/') full += L'/';
   full += name;
   return true;
+}
+
+bool Exists(const wchar_t* path) {
+  std::string name;
+  struct stat status {};
+  return SystemFileName(path, name) && ::stat(name.c_str(), &status) == 0;
 }
 
 }  // namespace Quorvex::platform

@@ -106,7 +106,7 @@ ModuleSearchScope::~ModuleSearchScope() {
 }
 
 MediaFrameworks ProbeMediaFrameworks() {
-  MediaFrameworks frameworks;
+  MediaFrameworks frameworks{.belongToSystem = true};
   frameworks.directShow = CanLoadSystemModule(L"wmvcore.dll");
   frameworks.mediaFoundation = CanLoadSystemModule(L"mf.dll") &&
                                CanLoadSystemModule(L"propsys.dll") &&

@@ -1,6 +1,7 @@
 // Path syntax of Windows.
 #include "platform/path.h"
 
+#include "platform/win32/error_mode_guard.h"
 #include "platform/win32/windows_api.h"
 
 namespace Quorvex::platform {
@@ -20,6 +21,11 @@ bool ResolvePath(const std::wstring& name, std::wstring& full) {
   resolved.resize(length);
   full = std::move(resolved);
   return true;
+}
+
+bool Exists(const wchar_t* path) {
+  const ErrorModeGuard guard;
+  return ::GetFileAttributesW(path) != INVALID_FILE_ATTRIBUTES;
 }
 
 }  // namespace Quorvex::platform

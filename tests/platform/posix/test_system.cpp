@@ -89,6 +89,7 @@ bool IsHeld(const std::string& path) {
 
 const char* const kUnreadableFile = "/proc/self/mem";  // nothing is mapped at its beginning
 const char* const kFullDevice = "/dev/full";
+const bool kSystemIsWindows = false;
 const bool kDebuggerIsStandardError = true;
 
 }  // namespace tests

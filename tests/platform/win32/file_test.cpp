@@ -8,6 +8,8 @@
 
 #include "platform/ft_file_impl.h"
 #include "platform/module.h"
+#include "platform/pending_file.h"
+#include "platform/riff_stream.h"
 #include "platform/text.h"
 #include "platform/win32/error_mode_guard.h"
 #include "support/ft_file.h"
@@ -54,6 +56,40 @@ TEST_F(WindowsFile, WhatIsNoFile) {
   EXPECT_EQ(Open(L"NUL", false), QVERR_FILE_OPEN_FAILED);
   MediaFilePtr opened;
   EXPECT_EQ(MediaFileOpen(L"\\\\.\\pipe\\no such pipe.wav", opened), QVERR_FILE_OPEN_FAILED);
+}
+
+TEST_F(WindowsFile, AStreamOfChunksKeepsWritersOut) {
+  const std::wstring name = Existing("x");
+  platform::RiffStream stream;
+  platform::RiffStream other;
+  ASSERT_TRUE(stream.Open(name.c_str()));
+  EXPECT_TRUE(other.Open(name.c_str()));
+  EXPECT_FALSE(other.Create(name.c_str()));
+  ASSERT_TRUE(stream.Create(name.c_str()));
+  EXPECT_FALSE(other.Open(name.c_str())) << "nor readers, from what is not finished";
+  stream.Close();
+  for (const wchar_t* device : {L"NUL", L"CON", L"\\\\.\\pipe\\no such pipe", L"C:\\"}) {
+    EXPECT_FALSE(stream.Open(device));
+    EXPECT_FALSE(stream.Create(device));
+  }
+}
+
+TEST_F(WindowsFile, WhatCannotBeReplaced) {
+  const std::wstring name = Existing("x");
+  const auto replace = [](const std::wstring& path) {
+    return platform::PendingFile().Create(path.c_str(), true);
+  };
+  ASSERT_NE(SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_READONLY), 0);
+  EXPECT_EQ(replace(name), QVERR_ACCESS_DENIED);
+  SetFileAttributesW(name.c_str(), FILE_ATTRIBUTE_NORMAL);
+  ASSERT_EQ(Open(name, false), QVERR_OK);
+  EXPECT_EQ(replace(name), QVERR_FILE_CREATE_FAILED) << "somebody keeps it";
+  file->Close();
+  EXPECT_EQ(replace(name), QVERR_OK);
+  for (const wchar_t* device : {L"NUL", L"CON", L"\\\\.\\pipe\\x", L"C:\\", L"C:"}) {
+    EXPECT_EQ(replace(device), QVERR_FILE_CREATE_FAILED) << platform::Narrow(device);
+  }
+  EXPECT_EQ(replace(name + L":stream"), QVERR_FILE_CREATE_FAILED);
 }
 
 TEST_F(WindowsFile, NamesAreResolvedAsTheyAreWritten) {

@@ -119,6 +119,7 @@ bool IsHeld(const std::string& path) {
 
 const char* const kUnreadableFile = nullptr;
 const char* const kFullDevice = nullptr;
+const bool kSystemIsWindows = true;
 const bool kDebuggerIsStandardError = false;
 
 }  // namespace tests

@@ -52,6 +52,13 @@ class MonoCounter {
       AverageToMono(reinterpret_cast<const short*>(frame_->data[0]), count, channels, mono_.data());
     } else if (frame_->format == AV_SAMPLE_FMT_FLT) {
       AverageToMono(reinterpret_cast<const float*>(frame_->data[0]), count, channels, mono_.data());
+    } else if (frame_->format == AV_SAMPLE_FMT_S16P) {
+      const auto* const left = reinterpret_cast<const short*>(frame_->data[0]);
+      const auto* const right = reinterpret_cast<const short*>(frame_->data[channels - 1]);
+      for (std::size_t f = 0; channels == 2 && f < count; ++f) {
+        mono_[f] = static_cast<short>((left[f] + right[f]) / 2);
+      }
+      benchmark::ClobberMemory();
     } else {
       return false;
     }

@@ -1,6 +1,7 @@
 // Initialisation in its four forms, and the version.
 #include "registry/initialization.h"
 
+#include <MediaAccessor/input_wav_media_file.h>
 #include <MediaAccessor/library.h>
 
 #include "platform/module.h"
@@ -26,12 +27,18 @@ constexpr std::wstring_view kVersionText = L"9.0.0.288 (185833).288";
 }  // namespace
 
 QVERRORCODE_TAG RegisterBuiltInFactories(FactoryRegistry& registry) {
-  // The system's own readers would be registered first, to be tried last. There are none yet.
+  // The system's own readers would be registered first, to be tried last. There are none yet; where
+  // a system has none of its own, the compression manager's takes their place.
   const platform::MediaFrameworks frameworks = platform::ProbeMediaFrameworks();
   if (frameworks.directShow)
     LibraryLog().Write(L"The system has DirectShow, which nothing here uses yet");
   if (frameworks.mediaFoundation)
     LibraryLog().Write(L"The system has Media Foundation, which nothing here uses yet");
+  // Before the plug-in modules and the built-in formats, so that it is tried after them.
+  if (!frameworks.belongToSystem) {
+    const QVERRORCODE_TAG added = registry.AddUninitialized(CInputWAVMediaFile::Factory());
+    if (added != QVERR_OK) return added;
+  }
   // Whatever the plug-in modules do, the built-in formats are there.
   const QVERRORCODE_TAG result = NoThrow([&] { return RegisterPluginFactories(registry); });
   for (const CMediaFileFactory* factory : BuiltInFactories()) {

@@ -4,6 +4,7 @@
 #include <MediaAccessor/audio_segment.h>
 #include <MediaAccessor/export.h>
 #include <MediaAccessor/g711_decoder.h>
+#include <MediaAccessor/input_wav_media_file.h>
 #include <MediaAccessor/library.h>
 #include <MediaAccessor/log.h>
 #include <MediaAccessor/media_accessor.h>
@@ -21,3 +22,4 @@
 #include <MediaAccessor/result_code.h>
 #include <MediaAccessor/text.h>
 #include <MediaAccessor/vox_media_file.h>
+#include <MediaAccessor/wav_file_writer.h>

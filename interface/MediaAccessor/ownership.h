@@ -9,6 +9,7 @@
 #include <MediaAccessor/media_file_writer.h>
 #include <MediaAccessor/media_sink.h>
 #include <MediaAccessor/vox_media_file.h>
+#include <MediaAccessor/wav_file_writer.h>
 
 #include <memory>
 
@@ -36,6 +37,7 @@ using MediaAccessorPtr = std::unique_ptr<CMediaAccessor, ObjectReleaser>;
 using MediaAccessorMixerPtr = std::unique_ptr<MediaAccessorMixer, ObjectReleaser>;
 using MediaSinkPtr = std::unique_ptr<CMediaSink, ObjectReleaser>;
 using MediaFileWriterPtr = std::unique_ptr<CMediaFileWriter, ObjectReleaser>;
+using WAVFileWriterPtr = std::unique_ptr<CWAVFileWriter, ObjectReleaser>;
 using G711DecoderPtr = std::unique_ptr<CG711Decoder, ObjectReleaser>;
 using MediaFilePtr = std::unique_ptr<CMediaFile, MediaFileCloser>;
 using VOXMediaFilePtr = std::unique_ptr<CVOXMediaFile, MediaFileCloser>;

@@ -20,6 +20,8 @@ struct ReaderCase {
   const char* refusedFile;  // null: the reader takes anything
   QVERRORCODE_TAG refusal;
   QVERRORCODE_TAG unreadable;  // when opening has to read
+  QVERRORCODE_TAG missing = QVERR_FILE_OPEN_FAILED;
+  const CMediaFileFactory* factory = nullptr;  // null: the first one of the extension
 };
 
 void PrintTo(const ReaderCase& c, std::ostream* stream) { *stream << c.extension; }
@@ -27,9 +29,11 @@ void PrintTo(const ReaderCase& c, std::ostream* stream) { *stream << c.extension
 class ReaderStates : public testing::TestWithParam<ReaderCase> {
  protected:
   void SetUp() override {
-    const CMediaFileFactory* factory = nullptr;
+    const CMediaFileFactory* factory = c.factory;
     bool isDefault = false;
-    ASSERT_EQ(MediaAccessorRegistryGetFactory(c.extension, 0, factory, isDefault), QVERR_OK);
+    if (factory == nullptr) {
+      ASSERT_EQ(MediaAccessorRegistryGetFactory(c.extension, 0, factory, isDefault), QVERR_OK);
+    }
     file.reset(factory->CreateMediaFile());
   }
 
@@ -100,7 +104,7 @@ TEST_P(ReaderStates, NoFileIsHeldAfterARefusalOrAClose) {
     EXPECT_EQ(file->Open(bad.c_str()), c.refusal);
     EXPECT_FALSE(tests::IsHeld(bad));
   }
-  EXPECT_EQ(Open("no such file"), QVERR_FILE_OPEN_FAILED);
+  EXPECT_EQ(Open("no such file"), c.missing);
   EXPECT_EQ(file->Open(directory.File("").c_str()), QVERR_FILE_OPEN_FAILED) << "a directory";
   ExpectClosed();
 }
@@ -117,11 +121,16 @@ INSTANTIATE_TEST_SUITE_P(
     All, ReaderStates,
     testing::Values(ReaderCase{"wav", "sox_pcm16_stereo.wav", "refused_aiff.wav", QVERR_BAD_FORMAT,
                                QVERR_BAD_FORMAT},
+                    ReaderCase{"wav", "ffmpeg_ms_adpcm_stereo.wav", "refused_aiff.wav",
+                               QVERR_BAD_FORMAT, QVERR_BAD_FORMAT, QVERR_FILE_NOT_FOUND,
+                               &CInputWAVMediaFile::Factory()},
                     ReaderCase{"au", "au_sox_pcm16.au", "refused_aiff.wav", QVERR_BAD_FORMAT,
                                QVERR_FILE_OPEN_FAILED},
                     ReaderCase{"vox", "vox_sox.vox", nullptr, QVERR_OK, QVERR_OK},
                     ReaderCase{"opus", "opus_stereo.opus", "refused_aiff.wav",
                                QVERR_FILE_OPEN_FAILED, QVERR_FILE_OPEN_FAILED}),
-    [](const auto& test) { return std::string(test.param.extension); });
+    [](const auto& test) {
+      return std::string(test.param.extension) + (test.param.factory != nullptr ? "_engine" : "");
+    });
 
 }  // namespace

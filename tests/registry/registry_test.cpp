@@ -21,7 +21,7 @@ class Registry : public testing::Test {
     MediaAccessorRegistryClear();
     allBuiltIn = FactoryList();
     bool isDefault = false;
-    ASSERT_EQ(MediaAccessorRegistryGetFactory("wav", 0, builtIn, isDefault), QVERR_OK);
+    ASSERT_EQ(MediaAccessorRegistryGetFactory("au", 0, builtIn, isDefault), QVERR_OK);
   }
   void TearDown() override { MediaAccessorRegistryClear(); }
 
@@ -65,21 +65,21 @@ class Registry : public testing::Test {
   }
 
   Factories allBuiltIn;
-  const CMediaFileFactory* builtIn = nullptr;  // the one for .wav
-  FakeFactory a{{L"wav"}};
-  FakeFactory b{{L"wav"}};
+  const CMediaFileFactory* builtIn = nullptr;  // the one for .au
+  FakeFactory a{{L"au"}};
+  FakeFactory b{{L"au"}};
   FakeFactory d;
 };
 
 TEST_F(Registry, TheLastAddedIsTriedFirst) {
   EXPECT_EQ(MediaAccessorRegistryAdd(&a), QVERR_OK);
   EXPECT_EQ(MediaAccessorRegistryAdd(&b), QVERR_OK);
-  EXPECT_EQ(Candidates("x.wav"), (Factories{&b, &a, builtIn}));
+  EXPECT_EQ(Candidates("x.au"), (Factories{&b, &a, builtIn}));
   EXPECT_EQ(MediaAccessorRegistryAdd(&a), QVERR_OK);
-  EXPECT_EQ(Candidates(L"x.wav"), (Factories{&a, &b, builtIn}));
+  EXPECT_EQ(Candidates(L"x.au"), (Factories{&a, &b, builtIn}));
   EXPECT_EQ(FactoryList(), BuiltInAnd({&a, &b, &a}));
-  EXPECT_EQ(MediaAccessorRegistryOverride("WAV", builtIn), QVERR_OK);
-  EXPECT_EQ(Candidates("x.wav"), (Factories{builtIn, &a, &b}));
+  EXPECT_EQ(MediaAccessorRegistryOverride("AU", builtIn), QVERR_OK);
+  EXPECT_EQ(Candidates("x.au"), (Factories{builtIn, &a, &b}));
 }
 
 TEST_F(Registry, AfterAClearTheBuiltInFactoriesComeFirst) {
@@ -87,17 +87,17 @@ TEST_F(Registry, AfterAClearTheBuiltInFactoriesComeFirst) {
   EXPECT_EQ(MediaAccessorRegistryClear(), QVERR_OK);
   EXPECT_EQ(MediaAccessorRegistryAdd(&a), QVERR_OK);
   EXPECT_EQ(FactoryList(), BuiltInAnd({&a}));
-  EXPECT_EQ(Candidates("x.wav"), (Factories{&a, builtIn}));
+  EXPECT_EQ(Candidates("x.au"), (Factories{&a, builtIn}));
 }
 
 TEST_F(Registry, NullFactoriesAndIndicesPastTheEnd) {
   const CMediaFileFactory* factory = &a;
   bool isDefault = false;
   EXPECT_EQ(MediaAccessorRegistryAdd(nullptr), QVERR_NO_SOURCE);
-  EXPECT_EQ(MediaAccessorRegistryOverride("wav", nullptr), QVERR_NO_SOURCE);
-  EXPECT_EQ(MediaAccessorRegistryOverride(L"wav", nullptr), QVERR_NO_SOURCE);
+  EXPECT_EQ(MediaAccessorRegistryOverride("au", nullptr), QVERR_NO_SOURCE);
+  EXPECT_EQ(MediaAccessorRegistryOverride(L"au", nullptr), QVERR_NO_SOURCE);
   EXPECT_EQ(MediaAccessorRegistrySetDefault(nullptr), QVERR_NO_SOURCE);
-  EXPECT_EQ(MediaAccessorRegistryGetFactory("x.wav", 1, factory, isDefault),
+  EXPECT_EQ(MediaAccessorRegistryGetFactory("x.au", 1, factory, isDefault),
             QVERR_INVALID_ARGUMENT);
   EXPECT_EQ(factory, nullptr);
   EXPECT_EQ(GetMediaFileFactory(GetMediaFileFactoryCount(), factory), QVERR_INVALID_ARGUMENT);
@@ -156,15 +156,15 @@ TEST_F(Registry, DefaultsFollowAndExclude) {
   EXPECT_EQ(MediaAccessorRegistrySetDefault(&a), QVERR_OK);
   EXPECT_EQ(Candidates("a.mp3"), Factories{&a});
   EXPECT_EQ(Candidates("a.ogg"), (Factories{&d, &a}));
-  EXPECT_EQ(Candidates("a.wav"), (Factories{builtIn, &d, &a}));
+  EXPECT_EQ(Candidates("a.au"), (Factories{builtIn, &d, &a}));
   // Set again it moves to the end and keeps what it excludes.
   EXPECT_EQ(MediaAccessorRegistrySetDefault(&d, L".OGG"), QVERR_OK);
-  EXPECT_EQ(Candidates("a.wav"), (Factories{builtIn, &a, &d}));
+  EXPECT_EQ(Candidates("a.au"), (Factories{builtIn, &a, &d}));
   EXPECT_EQ(Candidates("a.mp3"), Factories{&a});
   EXPECT_EQ(Candidates("a.ogg"), Factories{&a});
   // A default that stands in the extension's own list is not repeated.
-  EXPECT_EQ(MediaAccessorRegistryOverride("wav", &d), QVERR_OK);
-  EXPECT_EQ(Candidates("a.wav"), (Factories{&d, builtIn, &a}));
+  EXPECT_EQ(MediaAccessorRegistryOverride("au", &d), QVERR_OK);
+  EXPECT_EQ(Candidates("a.au"), (Factories{&d, builtIn, &a}));
   EXPECT_EQ(MediaAccessorRegistryClearDefaults(), QVERR_OK);
   EXPECT_EQ(Candidates("a.ogg"), Factories{});
 }
@@ -173,24 +173,24 @@ TEST_F(Registry, IsDefaultIsOnlyEverSet) {
   const CMediaFileFactory* factory = nullptr;
   MediaAccessorRegistrySetDefault(&d);
   bool isDefault = false;
-  EXPECT_EQ(MediaAccessorRegistryGetFactory("wav", 0, factory, isDefault), QVERR_OK);
+  EXPECT_EQ(MediaAccessorRegistryGetFactory("au", 0, factory, isDefault), QVERR_OK);
   EXPECT_FALSE(isDefault);
-  EXPECT_EQ(MediaAccessorRegistryGetFactory("wav", 1, factory, isDefault), QVERR_OK);
+  EXPECT_EQ(MediaAccessorRegistryGetFactory("au", 1, factory, isDefault), QVERR_OK);
   EXPECT_TRUE(isDefault);
-  EXPECT_EQ(MediaAccessorRegistryGetFactory("wav", 0, factory, isDefault), QVERR_OK);
+  EXPECT_EQ(MediaAccessorRegistryGetFactory("au", 0, factory, isDefault), QVERR_OK);
   EXPECT_TRUE(isDefault) << "the flag is not cleared for a specific candidate";
 }
 
 TEST_F(Registry, ClearingAnExtension) {
   MediaAccessorRegistrySetDefault(&d);
-  EXPECT_EQ(MediaAccessorRegistryClear("x.WAV", false), QVERR_OK);
-  EXPECT_EQ(Candidates("a.wav"), Factories{&d});
-  EXPECT_EQ(MediaAccessorRegistryClear(L"wav", true), QVERR_OK);
-  EXPECT_EQ(Candidates("a.wav"), Factories{});
+  EXPECT_EQ(MediaAccessorRegistryClear("x.AU", false), QVERR_OK);
+  EXPECT_EQ(Candidates("a.au"), Factories{&d});
+  EXPECT_EQ(MediaAccessorRegistryClear(L"au", true), QVERR_OK);
+  EXPECT_EQ(Candidates("a.au"), Factories{});
   EXPECT_EQ(Candidates("a.other"), Factories{&d});
   // A default that is set later has not been told.
   MediaAccessorRegistrySetDefault(&a);
-  EXPECT_EQ(Candidates("a.wav"), Factories{&a});
+  EXPECT_EQ(Candidates("a.au"), Factories{&a});
 }
 
 TEST_F(Registry, AliasesCopyCandidatesOrTakeEverything) {
@@ -198,11 +198,11 @@ TEST_F(Registry, AliasesCopyCandidatesOrTakeEverything) {
   MediaAccessorRegistryAdd(&a);
   MediaAccessorRegistrySetDefault(&d);
   MediaAccessorRegistryOverride("take", &old);
-  EXPECT_EQ(MediaAccessorRegistryAddExtensionAlias("wav", ""), QVERR_INVALID_ARGUMENT);
-  EXPECT_EQ(MediaAccessorRegistryAddExtensionAlias(L"wav", nullptr), QVERR_INVALID_ARGUMENT);
-  EXPECT_EQ(MediaAccessorRegistryAddExtensionAlias(".WAV", ".Take"), QVERR_OK);
+  EXPECT_EQ(MediaAccessorRegistryAddExtensionAlias("au", ""), QVERR_INVALID_ARGUMENT);
+  EXPECT_EQ(MediaAccessorRegistryAddExtensionAlias(L"au", nullptr), QVERR_INVALID_ARGUMENT);
+  EXPECT_EQ(MediaAccessorRegistryAddExtensionAlias(".AU", ".Take"), QVERR_OK);
   EXPECT_EQ(Candidates("x.take"), (Factories{&a, builtIn, &d, &old}));
-  MediaAccessorRegistryOverride("wav", &b);
+  MediaAccessorRegistryOverride("au", &b);
   EXPECT_EQ(Candidates("x.take"), (Factories{&a, builtIn, &d, &old})) << "no link stays";
   // Without an extension the whole factory list, the most recently added first; d stays a default.
   MediaAccessorRegistryAdd(&b);
@@ -228,17 +228,17 @@ TEST_F(Registry, FactoriesThatThrowBecomeResults) {
 TEST_F(Registry, BuiltInFactoriesDescribeThemselves) {
   wchar_t wide[64];
   char narrow[64];
-  EXPECT_EQ(builtIn->GetDescription(wide, 64), 20U);
-  EXPECT_STREQ(wide, L"Portable WAV Format");
-  EXPECT_EQ(builtIn->GetDescription(narrow, 9), 9U);
-  EXPECT_STREQ(narrow, "Portable");
+  EXPECT_EQ(builtIn->GetDescription(wide, 64), 14U);
+  EXPECT_STREQ(wide, L"Sun AU Format");
+  EXPECT_EQ(builtIn->GetDescription(narrow, 7), 7U);
+  EXPECT_STREQ(narrow, "Sun AU");
   // Extensions come with their bare length.
   EXPECT_EQ(builtIn->GetExtensionCount(), 1U);
-  EXPECT_EQ(builtIn->GetExtension(0, static_cast<wchar_t*>(nullptr), 0), 3U);
-  EXPECT_EQ(builtIn->GetExtension(0, wide, 64), 3U);
-  EXPECT_STREQ(wide, L"WAV");
-  EXPECT_EQ(builtIn->GetExtension(0, narrow, 2), 3U);
-  EXPECT_STREQ(narrow, "W");
+  EXPECT_EQ(builtIn->GetExtension(0, static_cast<wchar_t*>(nullptr), 0), 2U);
+  EXPECT_EQ(builtIn->GetExtension(0, wide, 64), 2U);
+  EXPECT_STREQ(wide, L"AU");
+  EXPECT_EQ(builtIn->GetExtension(0, narrow, 2), 2U);
+  EXPECT_STREQ(narrow, "A");
   EXPECT_EQ(builtIn->GetExtension(1, narrow, 64), 0U);
 }
 

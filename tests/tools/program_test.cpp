@@ -60,7 +60,7 @@ TEST_F(Program, InfoAsATable) {
 
 TEST_F(Program, InfoAsJson) {
   const std::string good = Fixture("ffmpeg_mulaw_stereo.wav");
-  const std::string bad = Fixture("refused_float.wav");
+  const std::string bad = Fixture("refused_aiff.wav");
   const std::string strange = directory.File("") + tests::kOddNarrowFileName;
   EXPECT_EQ(Run({"info", "--json", "--exact", good, bad, strange}), 1);
   const auto list = nlohmann::json::parse(output);
@@ -206,7 +206,7 @@ TEST_F(Program, TheFrequencyOfVoxFiles) {
 }
 
 TEST_F(Program, VerboseTellsWhatWasTried) {
-  const std::string input = Fixture("refused_float.wav");
+  const std::string input = Fixture("refused_aiff.wav");
   for (const Arguments& arguments :
        {Arguments{"--verbose", "info", input}, Arguments{"info", input, "--verbose"}}) {
     EXPECT_EQ(Run(arguments), 1);
@@ -226,11 +226,11 @@ TEST_F(Program, Formats) {
             "opus       Opus media format\n"
             "vox        Oki/Dialogic VOX Format\n"
             "vx8        Oki/Dialogic VOX Format\n"
-            "wav        Portable WAV Format\n");
+            "wav        Portable WAV Format, Microsoft WAV Format\n");
   EXPECT_EQ(Run({"formats", "--json"}), 0);
-  EXPECT_EQ(
-      nlohmann::json::parse(output)[4],
-      nlohmann::json::parse(R"({"extension": "wav", "candidates": ["Portable WAV Format"]})"));
+  EXPECT_EQ(nlohmann::json::parse(output)[4],
+            nlohmann::json::parse(
+                R"({"extension": "wav", "candidates": ["Portable WAV Format", "Microsoft WAV Format"]})"));
 }
 
 }  // namespace

@@ -21,4 +21,11 @@ std::filesystem::path ArgumentPath(const std::string& argument);
 /// an error instead of ending the program silently; lets a console show the program's narrow text.
 void PrepareProgram() noexcept;
 
+/// From now on an interrupt from the keyboard, or a request to end, does not end the program, which
+/// is to look at IsInterrupted instead, clean up, and call EndInterrupted.
+void CatchInterrupts() noexcept;
+bool IsInterrupted() noexcept;
+/// Ends the program the way it would have ended.
+[[noreturn]] void EndInterrupted() noexcept;
+
 }  // namespace Quorvex::platform

@@ -20,14 +20,25 @@ struct InfoOptions {
 };
 int RunInfo(const InfoOptions& options);
 
-struct DecodeOptions {
+/// The audio that a command takes.
+struct SourceOptions {
   std::string input;
-  std::string output;  // "-": standard output
   std::string reader;
   std::vector<int> channels;  // empty: all
   std::string mode;           // "average", "sum" or "separate"; empty: as the library chooses
 };
+
+struct DecodeOptions : SourceOptions {
+  std::string output;  // "-": standard output
+};
 int RunDecode(const DecodeOptions& options);
+
+struct ConvertOptions : SourceOptions {
+  std::string output;
+  std::string coding = "pcm";
+  bool force = false;  // replace an existing file
+};
+int RunConvert(const ConvertOptions& options);
 
 int RunFormats(bool json);
 

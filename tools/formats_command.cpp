@@ -31,6 +31,7 @@ std::vector<std::string> Candidates(const std::string& extension) {
 }  // namespace
 
 int RunFormats(bool json) {
+  RegisterWAVReader();
   auto list = nlohmann::ordered_json::array();
   Table table({"EXTENSION", "CANDIDATES"});
   const unsigned long count = MediaAccessorRegistryGetExtensionCount();

@@ -1,11 +1,15 @@
 // What the commands have in common about files.
 #include "tools/input.h"
 
+#include <MediaAccessor/input_wav_media_file.h>
 #include <MediaAccessor/registry.h>
 #include <MediaAccessor/text.h>
 
 #include <cstdio>
+#include <filesystem>
+#include <vector>
 
+#include "platform/console.h"
 #include "tools/progress.h"
 
 namespace media_accessor_tool {
@@ -18,7 +22,45 @@ std::string FormatName(const CMediaFileFactory& factory) {
   });
 }
 
+namespace {
+
+QVERRORCODE_TAG SelectChannels(CMediaFile& file, const SourceOptions& options) {
+  if (options.channels.empty() && options.mode.empty()) return QVERR_OK;
+  const int mode = options.mode == "separate" ? kChannelModeSeparate
+                   : options.mode == "sum"    ? kChannelModeSum
+                                              : kChannelModeAverage;
+  return file.SelectChannels(options.channels.data(), static_cast<int>(options.channels.size()),
+                             mode);
+}
+
+bool IsSameFile(const std::string& input, const std::string& output) {
+  std::error_code error;
+  return output != "-" && std::filesystem::equivalent(platform::ArgumentPath(input),
+                                                      platform::ArgumentPath(output), error);
+}
+
+}  // namespace
+
+void RegisterWAVReader() {
+  const CMediaFileFactory* const wav = &CInputWAVMediaFile::Factory();
+  std::vector<const CMediaFileFactory*> others;
+  const CMediaFileFactory* factory = nullptr;
+  bool isDefault = false;
+  while (MediaAccessorRegistryGetFactory("wav", static_cast<unsigned long>(others.size()), factory,
+                                         isDefault) == QVERR_OK &&
+         !isDefault) {
+    if (factory == wav) return;
+    others.push_back(factory);
+  }
+  // What is added comes first, so the others are put before it again.
+  MediaAccessorRegistryAdd(wav);
+  for (auto other = others.rbegin(); other != others.rend(); ++other) {
+    MediaAccessorRegistryOverride("wav", *other);
+  }
+}
+
 bool FindReader(const std::string& formatName, const CMediaFileFactory*& reader) {
+  RegisterWAVReader();
   reader = nullptr;
   if (formatName.empty()) return true;
   std::string known;
@@ -41,6 +83,24 @@ QVERRORCODE_TAG OpenFile(const std::string& path, const CMediaFileFactory* reade
   const QVERRORCODE_TAG result = file->Open(path.c_str());
   if (result != QVERR_OK) file.reset();
   return result;
+}
+
+int OpenSource(const SourceOptions& options, const std::string& output, MediaFilePtr& file) {
+  const CMediaFileFactory* reader = nullptr;
+  if (!FindReader(options.reader, reader)) return kWrongUsage;
+  if (IsSameFile(options.input, output)) {
+    ReportError(output, "is the input file");
+    return kWrongUsage;
+  }
+  QVERRORCODE_TAG result = OpenFile(options.input, reader, file);
+  if (result == QVERR_OK) result = SelectChannels(*file, options);
+  if (result == QVERR_OK) return kAllWentWell;
+  ReportFailure(options.input, result);
+  if (result == QVERR_UNSUPPORTED_CHANNELS) {
+    ReportError(options.input,
+                "its channels are 0 to " + std::to_string(file->GetTrackChannelCount() - 1));
+  }
+  return kSomeFileFailed;
 }
 
 QVERRORCODE_TAG PullAll(CMediaFile& file, const std::string& name,

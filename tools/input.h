@@ -7,15 +7,27 @@
 #include <functional>
 #include <string>
 
+#include "tools/commands.h"
+
 namespace media_accessor_tool {
 
+/// Registers the reader of WAV codings where the system has others in its place: behind what is
+/// registered for .wav already.
+void RegisterWAVReader();
+
 /// Finds the factory of a format name; null for an empty one. False when there is none of that
-/// name, which is then reported on standard error.
+/// name, which is then reported on standard error. Registers the WAV reader first.
 bool FindReader(const std::string& formatName, const Quorvex::CMediaFileFactory*& reader);
 
 /// Opens a file with one factory alone, or, when it is null, with whatever the library chooses.
 Quorvex::QVERRORCODE_TAG OpenFile(const std::string& path, const Quorvex::CMediaFileFactory* reader,
                                   Quorvex::MediaFilePtr& file);
+
+/// Opens the audio that a command takes, with its channels chosen. What goes wrong is reported.
+/// @param output  a file that must not be the input; "-" is none.
+/// @return kAllWentWell; kWrongUsage; kSomeFileFailed.
+int OpenSource(const SourceOptions& options, const std::string& output,
+               Quorvex::MediaFilePtr& file);
 
 /// Reads an open file to its end, with progress.
 /// @param take  receives each block, in samples (frames x delivered channels); false stops the

@@ -75,19 +75,13 @@ void AddInfo(CLI::App& app, int& exitCode) {
   command->callback([options, &exitCode] { exitCode = RunInfo(*options); });
 }
 
-void AddDecode(CLI::App& app, int& exitCode) {
-  auto options = std::make_shared<DecodeOptions>();
-  CLI::App* command = app.add_subcommand(
-      "decode", "Write a file's audio as raw interleaved signed 16-bit little-endian samples");
-  command->add_option("FILE", options->input, "Media file")->required()->type_name("");
-  command->add_option("-o,--output", options->output, "Output file, - for standard output")
-      ->required()
-      ->type_name("OUT");
+// The options must live as long as the command.
+void AddSource(CLI::App& command, SourceOptions& options) {
   command
-      ->add_option_function<std::string>(
+      .add_option_function<std::string>(
           "--channels",
-          [options](const std::string& text) {
-            if (!ParseChannels(text, options->channels)) {
+          [&options](const std::string& text) {
+            if (!ParseChannels(text, options.channels)) {
               throw CLI::ValidationError(
                   "--channels",
                   "channels are numbers from 0, such as 0,1, not \"" + Printable(text) + "\"");
@@ -96,14 +90,42 @@ void AddDecode(CLI::App& app, int& exitCode) {
           "Channels to use, from 0, such as 0,1 (default: all)")
       ->type_name("LIST");
   command
-      ->add_option("--mode", options->mode,
-                   "average (default): one channel, the mean; sum: one channel, clipped;\n"
-                   "separate: the channels kept apart, in the order of --channels; a full\n"
-                   "selection keeps the file's order")
+      .add_option("--mode", options.mode,
+                  "average (default): one channel, the mean; sum: one channel, clipped;\n"
+                  "separate: the channels kept apart, in the order of --channels; a full\n"
+                  "selection keeps the file's order")
       ->check(CLI::IsMember({"average", "sum", "separate"}))
       ->type_name("MODE");
-  AddReader(*command, options->reader);
+  AddReader(command, options.reader);
+}
+
+void AddDecode(CLI::App& app, int& exitCode) {
+  auto options = std::make_shared<DecodeOptions>();
+  CLI::App* command = app.add_subcommand(
+      "decode", "Write a file's audio as raw interleaved signed 16-bit little-endian samples");
+  command->add_option("FILE", options->input, "Media file")->required()->type_name("");
+  command->add_option("-o,--output", options->output, "Output file, - for standard output")
+      ->required()
+      ->type_name("OUT");
+  AddSource(*command, *options);
   command->callback([options, &exitCode] { exitCode = RunDecode(*options); });
+}
+
+void AddConvert(CLI::App& app, int& exitCode) {
+  auto options = std::make_shared<ConvertOptions>();
+  CLI::App* command = app.add_subcommand("convert", "Write a file's audio into a WAV file");
+  command->add_option("IN", options->input, "Media file")->required()->type_name("");
+  command->add_option("OUT", options->output, "WAV file, which appears whole or not at all")
+      ->required()
+      ->type_name("");
+  AddSource(*command, *options);
+  command
+      ->add_option("--coding", options->coding,
+                   "pcm (default): 16-bit; alaw; mulaw; gsm: GSM 6.10, mono; g729a; truespeech")
+      ->check(CLI::IsMember({"pcm", "alaw", "mulaw", "gsm", "g729a", "truespeech"}))
+      ->type_name("CODING");
+  command->add_flag("--force", options->force, "Replace OUT if it exists");
+  command->callback([options, &exitCode] { exitCode = RunConvert(*options); });
 }
 
 void AddFormats(CLI::App& app, int& exitCode) {
@@ -146,6 +168,7 @@ int Run(int argc, char** argv) {
       "Exit code: 0 all went well, 1 some file failed, 2 wrong usage.");
   AddInfo(app, exitCode);
   AddDecode(app, exitCode);
+  AddConvert(app, exitCode);
   AddFormats(app, exitCode);
   try {
     app.parse(argc, argv);

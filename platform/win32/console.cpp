@@ -4,11 +4,23 @@
 #include <fcntl.h>
 #include <io.h>
 
+#include <atomic>
 #include <cstdlib>
 
 #include "platform/win32/windows_api.h"
 
 namespace Quorvex::platform {
+namespace {
+
+std::atomic<bool> isInterrupted = false;
+
+// In a thread of the system's.
+BOOL WINAPI NoteInterrupt(DWORD) {
+  isInterrupted = true;
+  return TRUE;
+}
+
+}  // namespace
 
 bool IsTerminal(std::FILE* stream) noexcept {
   const auto console = reinterpret_cast<HANDLE>(::_get_osfhandle(::_fileno(stream)));
@@ -35,5 +47,9 @@ void PrepareProgram() noexcept {
   if (previous == 0 || ::SetConsoleOutputCP(::GetACP()) == 0) return;  // no console
   std::atexit([] { ::SetConsoleOutputCP(previous); });
 }
+
+void CatchInterrupts() noexcept { ::SetConsoleCtrlHandler(NoteInterrupt, TRUE); }
+bool IsInterrupted() noexcept { return isInterrupted; }
+void EndInterrupted() noexcept { std::exit(static_cast<int>(STATUS_CONTROL_C_EXIT)); }
 
 }  // namespace Quorvex::platform

@@ -1,6 +1,7 @@
 // media-accessor as its users run it: what it prints, what it writes, what it returns.
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
@@ -205,6 +206,35 @@ TEST_F(Program, TheFrequencyOfVoxFiles) {
   }
 }
 
+TEST_F(Program, ConvertWritesAWholeFileOrNone) {
+  const std::string input = Fixture("sox_ms_adpcm_mono.wav");
+  const std::string out = directory.File("out.wav");
+  EXPECT_EQ(Run({"convert", input, out}), 0) << errors;
+  EXPECT_EQ(output.find(out + ": 0.187 s of audio, "), 0U) << output;
+  EXPECT_EQ(Run({"info", "--json", "--exact", out}), 0);
+  EXPECT_EQ(nlohmann::json::parse(output)[0]["exact_milliseconds"], 187);
+  const tests::Bytes pcm = tests::ReadBytes(out);
+  EXPECT_EQ(Run({"convert", input, out, "--coding", "alaw"}), 2);
+  EXPECT_NE(errors.find("exists; --force replaces it"), std::string::npos) << errors;
+  EXPECT_EQ(tests::ReadBytes(out), pcm);
+  EXPECT_EQ(Run({"convert", out, out, "--force"}), 2) << "never over its own input";
+  EXPECT_EQ(Run({"convert", input, out, "--force", "--coding", "g729a"}), 1);
+  EXPECT_NE(errors.find("600 QVERR_CREATE_FAILED"), std::string::npos) << errors;
+  EXPECT_EQ(tests::ReadBytes(out), pcm);
+  EXPECT_EQ(Run({"convert", out, directory.File("alaw.wav"), "--coding", "alaw"}), 0) << errors;
+  EXPECT_EQ(Run({"convert", input, "-"}), 2);
+  EXPECT_EQ(Run({"convert", input, directory.File("missing/x.wav")}), 1);
+  EXPECT_NE(errors.find("308 QVERR_PATH_NOT_FOUND"), std::string::npos) << errors;
+  EXPECT_EQ(Run({"convert", Fixture("refused_aiff.wav"), directory.File("none.wav")}), 1);
+  EXPECT_FALSE(std::filesystem::exists(directory.File("none.wav")));
+  const std::string stereo = Fixture("sox_pcm16_stereo.wav");
+  EXPECT_EQ(Run({"convert", stereo, out, "--force", "--mode", "separate"}), 0) << errors;
+  const tests::Bytes whole = tests::ReadBytes(out);
+  const auto samples = tests::ReadBytes(Fixture("sox_pcm16_stereo.s16"));
+  ASSERT_GT(whole.size(), samples.size());
+  EXPECT_TRUE(std::equal(samples.rbegin(), samples.rend(), whole.rbegin()));
+}
+
 TEST_F(Program, VerboseTellsWhatWasTried) {
   const std::string input = Fixture("refused_aiff.wav");
   for (const Arguments& arguments :
@@ -228,9 +258,10 @@ TEST_F(Program, Formats) {
             "vx8        Oki/Dialogic VOX Format\n"
             "wav        Portable WAV Format, Microsoft WAV Format\n");
   EXPECT_EQ(Run({"formats", "--json"}), 0);
-  EXPECT_EQ(nlohmann::json::parse(output)[4],
-            nlohmann::json::parse(
-                R"({"extension": "wav", "candidates": ["Portable WAV Format", "Microsoft WAV Format"]})"));
+  EXPECT_EQ(
+      nlohmann::json::parse(output)[4],
+      nlohmann::json::parse(
+          R"({"extension": "wav", "candidates": ["Portable WAV Format", "Microsoft WAV Format"]})"));
 }
 
 }  // namespace

@@ -11,13 +11,15 @@ class CMediaFileFactory;
 /// goes through the audio compression manager, which delivers at most two channels: of more, the
 /// first two are kept. What the manager converts to 16-bit samples:
 ///
-///     Linux     PCM of 8, 24, 32 and 64 bits, 32- and 64-bit floating point, A-law, mu-law, IMA
-///               and Microsoft ADPCM, all these exactly as libsndfile and sox read them; and, by a
-///               module beside the library, MediaAccessorFFmpeg.so, every other coding with a
-///               registered tag that FFmpeg decodes: GSM 6.10, TrueSpeech, MP3, G.726, AC-3, ...
-///               WAVE_FORMAT_EXTENSIBLE of those. Integers keep their upper 16 bits; floating point
-///               is rounded to the nearest value and limited to 16 bits, a NaN is 0.
+///     Linux     PCM of 8, 24, 32 and 64 bits, whose upper 16 bits are kept; 32- and 64-bit
+///     floating
+///               point, rounded to the nearest value, the even one of two, and limited to 16 bits,
+///               a NaN being 0; A-law, mu-law; IMA and Microsoft ADPCM, with the samples of
+///               libsndfile and sox; and, by a module beside the library, MediaAccessorFFmpeg.so,
+///               every other coding with a registered tag that FFmpeg decodes, with its samples:
+///               GSM 6.10, TrueSpeech, MP3, G.726, AC-3, ...
 ///     Windows   what the codecs that are installed there offer
+///     both      WAVE_FORMAT_EXTENSIBLE of those
 ///
 /// MediaFileOpen opens .wav files with such an object on Linux, after the portable reader has
 /// refused them. On Windows, where the system's own readers stand in its place, it is not

@@ -16,7 +16,9 @@
 //
 // What the built-in formats deliver, and where they differ in their failures:
 //
-//     .wav        RIFF/WAVE in a strict subset. Blocks of up to one second.
+//     .wav        RIFF/WAVE in a strict subset. Blocks of up to one second. On Linux what that
+//                 reader refuses is tried once more, by one for every coding of wave files, whose
+//                 failures are other ones: input_wav_media_file.h.
 //     .au         Sun AU. Blocks of up to 1,024 frames. The audio runs to the end of the file,
 //                 whatever size the header tells. Each sample is multiplied by 1 / channels, then
 //                 rounded half away from zero and limited to 16 bits: a file of two channels is

@@ -157,6 +157,8 @@ class Driver final : public CompressionDriver {
     const WaveFormat offered =
         encodes ? LawFormat(target.tag, source)
                 : PCM16Format(TargetChannels(source, target, fields), source.samplesPerSecond);
+    // 16 bits of so many 8-bit samples may be more than a block align can say.
+    if (offered.channels * sizeof(short) > kLargestFrame) return Suggestion::kNotPossible;
     return CompleteSuggestion(offered, target, fields) ? Suggestion::kMade
                                                        : Suggestion::kNotPossible;
   }

@@ -67,6 +67,10 @@ class MicrosoftADPCMBlocks {
               std::size_t frames, short* samples) const noexcept;
 
  private:
+  template <std::size_t kChannels>
+  void DecodeAll(const unsigned char* blocks, std::size_t count, std::size_t blockBytes,
+                 std::size_t frames, short* samples) const noexcept;
+
   std::size_t channels_;
   std::array<Predictor, 256> predictors_;  // a block names one in a byte
 };

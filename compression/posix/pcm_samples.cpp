@@ -42,8 +42,11 @@ template void ConvertIntegers<8>(const unsigned char*, std::size_t, short*) noex
 
 template <class Float>
 void ConvertFloats(const unsigned char* input, std::size_t count, short* samples) noexcept {
-  constexpr bool kHasVector = std::is_same_v<Float, float>;
-  std::size_t i = kHasVector ? ConvertFloatsVector(input, count, samples) : 0;
+  std::size_t i = 0;
+  if constexpr (std::is_same_v<Float, float>) {
+    i = ConvertFloatsWideVector(input, count, samples);
+    i += ConvertFloatsVector(input + i * sizeof(float), count - i, samples + i);
+  }
   for (; i < count; ++i) {
     Float value{};
     std::memcpy(&value, input + i * sizeof value, sizeof value);

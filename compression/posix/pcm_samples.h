@@ -17,9 +17,11 @@ void ConvertIntegers(const unsigned char* input, std::size_t count, short* sampl
 template <class Float>
 void ConvertFloats(const unsigned char* input, std::size_t count, short* samples) noexcept;
 
-/// ConvertFloats<float> and ConvertIntegers<3> with vector instructions. @return how many of the
-/// first samples were converted, the others being left: 0 where the processor has no such
-/// instructions.
+/// ConvertFloats<float> and ConvertIntegers<3> with vector instructions, the wide one with those
+/// that fewer processors have. @return how many of the first samples were converted, the others
+/// being left: 0 where the processor has no such instructions.
+std::size_t ConvertFloatsWideVector(const unsigned char* input, std::size_t count,
+                                    short* samples) noexcept;
 std::size_t ConvertFloatsVector(const unsigned char* input, std::size_t count,
                                 short* samples) noexcept;
 std::size_t ConvertIntegers24Vector(const unsigned char* input, std::size_t count,

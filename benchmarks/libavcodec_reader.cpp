@@ -75,6 +75,7 @@ class MonoCounter {
 }  // namespace
 
 unsigned long long ReadLibavformat(const std::string& path) {
+  av_log_set_level(AV_LOG_ERROR);  // it warns of several blocks in a packet, which it makes itself
   AVFormatContext* opened = nullptr;
   if (avformat_open_input(&opened, path.c_str(), nullptr, nullptr) < 0) return 0;
   const Owner<AVFormatContext> format(opened);

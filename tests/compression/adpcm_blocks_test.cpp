@@ -31,8 +31,11 @@ void ExpectSameSideBySide(const MicrosoftADPCMBlocks& blocks, std::size_t channe
   }
 }
 
-TEST(MicrosoftADPCM, ComeOutTheSameSideBySide) {
-  const auto& predictors = MicrosoftADPCMBlocks::StandardPredictors();
+TEST(MicrosoftADPCM, ComesOutTheSameSideBySide) {
+  // One for each number that a block can name: the usual ones, and the wildest.
+  auto predictors = MicrosoftADPCMBlocks::StandardPredictors();
+  predictors.push_back({-32'768, -32'768});
+  for (std::size_t i = 0; predictors.size() < 256; ++i) predictors.push_back(predictors[i]);
   for (const std::size_t channels : {std::size_t{1}, std::size_t{2}}) {
     ExpectSameSideBySide(MicrosoftADPCMBlocks(channels, predictors), channels);
   }

@@ -32,6 +32,11 @@ enum WaveTag : std::uint16_t {
   kWaveTagExtensible = 0xFFFE,
 };
 
+/// Whether a format is that of interleaved 16-bit samples.
+inline bool IsPCM16(const WaveFormat& format) noexcept {
+  return format.tag == kWaveTagPCM && format.bitsPerSample == 16;
+}
+
 /// Interleaved 16-bit samples.
 inline WaveFormat PCM16Format(std::uint16_t channels, std::uint32_t samplesPerSecond) {
   const auto blockAlign = static_cast<std::uint16_t>(channels * 2);

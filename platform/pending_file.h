@@ -1,6 +1,7 @@
 // PendingFile: a file that appears under its name whole or not at all.
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include <MediaAccessor/result_code.h>
@@ -8,10 +9,11 @@
 namespace Quorvex::platform {
 
 /// The place of a new file until it is finished: an empty file of a name of its own, in the
-/// directory that the finished one will be in. One thread at a time.
+/// directory that the finished one will be in. Nothing is forced to the disk, so a power failure
+/// may still take what was written last. One thread at a time.
 class PendingFile {
  public:
-  PendingFile() = default;
+  PendingFile() noexcept;
   /// Deletes the file unless it was published.
   ~PendingFile();
   PendingFile(const PendingFile&) = delete;
@@ -21,24 +23,23 @@ class PendingFile {
   /// @param path     where it will appear; a link there is followed.
   /// @param replace  whether a file there is replaced in the end.
   /// @return QVERR_OK; QVERR_FILE_CREATE_FAILED when `path` exists and is not to be replaced, is
-  ///         not a regular file, or when no file can be made beside it; QVERR_PATH_NOT_FOUND when
-  ///         its directory does not exist; QVERR_ACCESS_DENIED when the directory or the file to be
-  ///         replaced refuses to be written.
+  ///         not a regular file or a link to nothing, or when no file can be made beside it;
+  ///         QVERR_PATH_NOT_FOUND when its directory does not exist; QVERR_ACCESS_DENIED when the
+  ///         directory or the file to be replaced refuses to be written.
   QVERRORCODE_TAG Create(const wchar_t* path, bool replace);
 
-  /// The empty file's own name, for whoever fills it and closes it.
-  const std::wstring& Name() const noexcept { return name_; }
+  /// The empty file's own name, for whoever fills it and closes it. Create was successful.
+  const std::wstring& Name() const noexcept;
 
-  /// Gives the finished file its name. It has the permissions of the file that it replaces, where
-  /// the system has them in one number.
+  /// Gives the finished file its name. On Linux it then has the group and the permissions of the
+  /// file that it replaces, as far as they can be given; nobody gets more than they had.
   /// @return QVERR_OK; QVERR_FILE_CREATE_FAILED, also when somebody else was faster and nothing is
-  ///         to be replaced. The file is then deleted by the destructor.
+  ///         to be replaced. The destructor then deletes the file.
   QVERRORCODE_TAG Publish() noexcept;
 
  private:
-  std::wstring name_;    // empty: none
-  std::wstring target_;  // where it will appear
-  bool replace_ = false;
+  struct State;
+  std::unique_ptr<State> state_;  // null: there is no file
 };
 
 }  // namespace Quorvex::platform

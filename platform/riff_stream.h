@@ -26,7 +26,8 @@ struct RiffChunk {
 
 /// A RIFF file, open for reading or for writing, with a position. On Windows it is mmio, whose
 /// offsets have 31 bits; elsewhere they have as many as the file. A file that lies about sizes ends
-/// earlier, nothing worse. One thread at a time.
+/// earlier, nothing worse. Below Close, everything needs an open stream: Read and Seek one that is
+/// being read, Write and CreateChunk one that is being written. One thread at a time.
 class RiffStream {
  public:
   RiffStream() noexcept;

@@ -46,7 +46,7 @@ unsigned char CompressMuLaw(short sample) {
   constexpr unsigned kBias = 33;
   constexpr unsigned kLargest = 0x1FFF;
   const unsigned magnitude = std::min((Magnitude(sample) >> 2) + kBias, kLargest);
-  const int segment = static_cast<int>(std::bit_width(magnitude)) - 6;
+  const int segment = std::max(static_cast<int>(std::bit_width(magnitude)) - 6, 0);
   const unsigned interval = magnitude >> (segment + 1) & 15;
   const unsigned sign = sample < 0 ? 0x80 : 0;
   return static_cast<unsigned char>(~(sign | static_cast<unsigned>(segment) << 4 | interval));

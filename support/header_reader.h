@@ -41,6 +41,10 @@ class HeaderReader {
   std::uint64_t size_;
 };
 
+/// The most chunks of a RIFF file that are walked through. This library's own limit: a sparse file
+/// of gigabytes may consist of empty ones.
+inline constexpr int kMostRIFFChunks = 100'000;
+
 /// Fields of a header.
 inline std::uint32_t LittleEndian16(const unsigned char* bytes) noexcept {
   return bytes[0] | static_cast<std::uint32_t>(bytes[1]) << 8;

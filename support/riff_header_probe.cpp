@@ -24,7 +24,6 @@ constexpr std::size_t kChunkHeaderSize = 8;
 constexpr std::size_t kFileHeaderSize = 12;
 constexpr std::uint32_t kFormatSize = 14;  // of the "fmt " chunk, up to the block align
 constexpr std::uint32_t kFormatSizeWithBits = 16;
-constexpr int kMostChunks = 100'000;  // ours: a walk through gigabytes of empty chunks ends here
 constexpr std::uint16_t kBitsIfNotGiven = 8;
 
 // Codings whose header tells no usable rate: TrueSpeech and a G.723.1.
@@ -74,7 +73,7 @@ bool WalkChunks(RIFFHeaderProbe& probe) {
   if (!Read(stream, bytes, sizeof bytes)) return false;
   if (!IsId(bytes, "RIFF") || !IsId(bytes + 8, "WAVE")) return false;
   std::uint64_t position = kFileHeaderSize;  // sizes have 32 bits, so their sum fits
-  for (int count = 0; count < kMostChunks; ++count) {
+  for (int count = 0; count < kMostRIFFChunks; ++count) {
     if (!platform::SeekTo(stream, static_cast<std::int64_t>(position))) return false;
     if (!Read(stream, bytes, kChunkHeaderSize)) return std::ferror(stream) == 0;
     const std::uint32_t size = LittleEndian32(bytes + 4);

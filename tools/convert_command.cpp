@@ -70,17 +70,20 @@ bool IsAllowed(const ConvertOptions& options) {
     return Refuse("standard output", "a WAV file needs a name; decode writes to standard output");
   }
   std::error_code error;
-  if (!options.force && std::filesystem::exists(platform::ArgumentPath(options.output), error)) {
-    return Refuse(options.output, "exists; --force replaces it");
+  const std::filesystem::path path = platform::ArgumentPath(options.output);
+  if (!std::filesystem::exists(path, error)) return true;
+  if (!std::filesystem::is_regular_file(path, error)) {
+    return Refuse(options.output, "is not a regular file");
   }
-  return true;
+  return options.force || Refuse(options.output, "exists; --force replaces it");
 }
 
 void ReportWriting(const ConvertOptions& options, QVERRORCODE_TAG result, unsigned long channels) {
-  ReportFailure(options.output, result);
-  if (result == QVERR_BAD_FORMAT) {
-    ReportError(options.output, "--coding " + options.coding + " with " + std::to_string(channels) +
-                                    " channels is not written here");
+  if (result != QVERR_BAD_FORMAT) {
+    ReportFailure(options.output, result);
+  } else {
+    ReportError(options.output, "--coding " + options.coding + " is not written here for " +
+                                    std::to_string(channels) + " channel(s); --verbose tells more");
   }
 }
 

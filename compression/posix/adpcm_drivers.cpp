@@ -20,12 +20,17 @@ constexpr std::size_t kSamplesPerBlock = 0;  // offsets there
 constexpr std::size_t kPredictorCount = 2;
 constexpr std::size_t kPredictors = 4;
 
-std::optional<IMABlocks> MakeBlocks(const WaveFormat& format, const IMABlocks*) {
+// Nothing for a format that makes no sense.
+template <class Blocks>
+std::optional<Blocks> MakeBlocks(const WaveFormat& format);
+
+template <>
+std::optional<IMABlocks> MakeBlocks(const WaveFormat& format) {
   return IMABlocks(format.channels);
 }
 
-std::optional<MicrosoftADPCMBlocks> MakeBlocks(const WaveFormat& format,
-                                               const MicrosoftADPCMBlocks*) {
+template <>
+std::optional<MicrosoftADPCMBlocks> MakeBlocks(const WaveFormat& format) {
   using Predictor = MicrosoftADPCMBlocks::Predictor;
   constexpr std::size_t kMostChannels = 2;
   if (format.channels > kMostChannels) return std::nullopt;
@@ -104,7 +109,7 @@ class Driver final : public CompressionDriver {
   // Nothing for a format that is not this coding, or makes no sense.
   static std::optional<Blocks> BlocksOf(const WaveFormat& format) {
     if (format.tag != kTag || format.bitsPerSample != kBits) return std::nullopt;
-    const std::optional<Blocks> blocks = MakeBlocks(format, static_cast<const Blocks*>(nullptr));
+    const std::optional<Blocks> blocks = MakeBlocks<Blocks>(format);
     if (!blocks || format.blockAlign < blocks->HeaderBytes()) return std::nullopt;
     return blocks;
   }

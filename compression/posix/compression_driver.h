@@ -23,7 +23,8 @@ class Converter {
 
   /// As CompressionStream::Convert. With kAnything, a source shorter than a block is converted as
   /// far as it goes; a longer one up to its last whole block.
-  /// @param output  has the room of OutputBytes; aligned for 16-bit samples.
+  /// @param output    has the room of OutputBytes; aligned for 16-bit samples.
+  /// @param used      0 before, as `produced` is.
   virtual bool Convert(std::span<const unsigned char> source, ConvertExtent extent,
                        std::span<unsigned char> output, std::size_t& used,
                        std::size_t& produced) noexcept = 0;

@@ -32,8 +32,7 @@ bool Load(const std::wstring& path, LoadedModule& loaded, std::wstring& reason) 
 }
 
 // Null, after a line in the log, when the module cannot be used. Only success is remembered, since
-// what failed once may be there later. No lock is held while the system loads: it has one of its
-// own.
+// what failed once may be there later.
 const MediaAccessorCodingModule* CodingModule() {
   static std::atomic<const LoadedModule*> kept = nullptr;
   const LoadedModule* known = kept.load(std::memory_order_acquire);
@@ -104,10 +103,6 @@ class FFmpegConverter final : public Converter {
   const MediaAccessorCodingModule& module_;
   MediaAccessorCoder* const coder_;  // owned
 };
-
-bool IsPCM16(const WaveFormat& format) {
-  return format.tag == kWaveTagPCM && format.bitsPerSample == 16;
-}
 
 class Driver final : public CompressionDriver {
  public:

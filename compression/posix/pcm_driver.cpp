@@ -51,10 +51,6 @@ const Coding* FindCoding(const WaveFormat& format) {
   return found;
 }
 
-bool IsPCM16(const WaveFormat& format) {
-  return format.tag == kWaveTagPCM && format.bitsPerSample == 16;
-}
-
 // Decoding, to all channels or the first ones.
 class Decoder final : public Converter {
  public:

@@ -20,7 +20,6 @@ namespace {
 
 constexpr std::size_t kChunkHeaderSize = 8;
 constexpr std::uint64_t kFirstChunk = 12;
-constexpr int kMostChunks = 100'000;  // ours: a walk through gigabytes of empty chunks ends here
 constexpr std::uint32_t kSmallestFormat = 14;  // bytes of the "fmt " chunk that are read
 constexpr std::uint32_t kMostChannels = 2;
 constexpr std::uint32_t kHighestFrequency = 96'000;  // Hz
@@ -63,7 +62,7 @@ bool WalkChunks(HeaderReader& reader, Chunks& chunks) {
   if (!reader.Read(0, bytes, sizeof bytes)) return false;
   if (!IsId(bytes, "RIFF") || !IsId(bytes + 8, "WAVE")) return false;
   std::uint64_t position = kFirstChunk;
-  for (int count = 0; count < kMostChunks && !(chunks.hasFormat && chunks.hasData); ++count) {
+  for (int count = 0; count < kMostRIFFChunks && !(chunks.hasFormat && chunks.hasData); ++count) {
     if (!reader.Read(position, bytes, kChunkHeaderSize)) break;
     const std::uint32_t size = LittleEndian32(bytes + 4);
     position += kChunkHeaderSize;

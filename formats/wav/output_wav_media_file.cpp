@@ -1,8 +1,6 @@
 // What may be written, and when.
 #include "formats/wav/output_wav_media_file.h"
 
-#include <iterator>
-
 #include <MediaAccessor/wav_file_writer.h>
 
 #include "support/no_throw.h"

@@ -12,8 +12,7 @@ constexpr std::uint16_t kBits = 16;
 
 }  // namespace
 
-QVERRORCODE_TAG WAVConversion::Open(const WaveFormat& fileFormat,
-                                    std::span<unsigned char> source) {
+QVERRORCODE_TAG WAVConversion::Open(const WaveFormat& fileFormat, std::span<unsigned char> source) {
   Close();
   const WaveFormat format = PlainFormat(fileFormat);
   const std::uint16_t channels = std::min(format.channels, kMostChannels);

@@ -3,7 +3,6 @@
 #include <MediaAccessor/media_accessor.h>
 #include <MediaAccessor/wav_file_writer.h>
 
-#include <limits>
 #include <string_view>
 #include <utility>
 

@@ -23,7 +23,6 @@ using platform::FourCC;
 using platform::RiffChunk;
 using platform::RiffStream;
 
-constexpr int kMostChunks = 100'000;  // ours: a walk through gigabytes of empty chunks ends here
 constexpr std::size_t kFormatRecord = 18;  // bytes, with the size of what follows them
 constexpr std::uint32_t kLargestFormat = 4096;
 constexpr std::uint32_t kFactCount = 4;  // bytes
@@ -91,7 +90,7 @@ QVERRORCODE_TAG TakeChunk(RiffStream& stream, const RiffChunk& chunk, Walk& walk
 }
 
 bool FindWave(RiffStream& stream, RiffChunk& riff) {
-  for (int count = 0; count < kMostChunks && stream.Descend(riff, nullptr); ++count) {
+  for (int count = 0; count < kMostRIFFChunks && stream.Descend(riff, nullptr); ++count) {
     if (riff.id == platform::kRiffId && riff.type == FourCC("WAVE")) return true;
     if (!stream.Ascend(riff)) break;
   }
@@ -106,7 +105,7 @@ QVERRORCODE_TAG ReadWAVHeader(RiffStream& stream, WAVHeader& header) {
   Walk walk{.header = header};
   RiffChunk chunk;
   for (int count = 0; stream.Descend(chunk, &riff); ++count) {
-    if (count == kMostChunks) return QVERR_BAD_FORMAT;
+    if (count == kMostRIFFChunks) return QVERR_BAD_FORMAT;
     const QVERRORCODE_TAG result = TakeChunk(stream, chunk, walk);
     if (result != QVERR_OK) return result;
     if (!stream.Ascend(chunk)) break;
@@ -114,7 +113,7 @@ QVERRORCODE_TAG ReadWAVHeader(RiffStream& stream, WAVHeader& header) {
   return walk.hasFormat && header.dataOffset != 0 ? QVERR_OK : QVERR_BAD_FORMAT;
 }
 
-// The order of the operations is part of the result.
+// Divided first, as programs that compare lengths with ours do: another order rounds differently.
 std::uint32_t WAVMilliseconds(const WAVHeader& header) noexcept {
   const WaveFormat& format = header.format;
   std::uint32_t count = header.factCount;

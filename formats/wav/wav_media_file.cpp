@@ -20,13 +20,8 @@ namespace {
 
 constexpr std::size_t kBufferSize = 131'072;  // bytes
 constexpr std::chrono::milliseconds kBusyPoll{50};
-constexpr std::uint16_t kPassedBits = 16;
 
 static_assert(std::endian::native == std::endian::little, "16-bit PCM is delivered as read");
-
-bool IsPassedThrough(const WaveFormat& format) {
-  return format.tag == kWaveTagPCM && format.bitsPerSample == kPassedBits;
-}
 
 }  // namespace
 
@@ -60,7 +55,7 @@ QVERRORCODE_TAG CWAVMediaFileImpl::OpenForReading(const wchar_t* name) {
   facts_ = {.channels = format_.channels,
             .samplingFrequency = format_.samplesPerSecond,
             .milliseconds = WAVMilliseconds(header)};
-  if (!IsPassedThrough(format_)) {
+  if (!IsPCM16(format_)) {
     const QVERRORCODE_TAG opened = conversion_.Open(format_, {buffer_.Data(), buffer_.Count()});
     if (opened != QVERR_OK) return opened;
     facts_.channels = conversion_.Target().channels;

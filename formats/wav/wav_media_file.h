@@ -90,7 +90,7 @@ class CWAVMediaFileImpl {
   QVERRORCODE_TAG CompleteFormat();
   bool WriteHeader() noexcept;
   void CountFrames(std::size_t frames) noexcept;
-  QVERRORCODE_TAG Encode(ConvertExtent extent) noexcept;
+  QVERRORCODE_TAG Encode(ConvertExtent extent, std::size_t& produced) noexcept;
   QVERRORCODE_TAG FinishWriting() noexcept;
   void Reset() noexcept;
 

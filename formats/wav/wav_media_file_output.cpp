@@ -27,7 +27,7 @@ constexpr std::size_t kFormatRecord = 18;        // bytes
 // Of a G.729A frame: 80 samples in 10 bytes.
 constexpr std::uint32_t kG729ABytesPerSecond = 1000;
 constexpr std::uint16_t kG729AFrame = 10;
-// These three are wanted as they are, though a TrueSpeech frame has 32 bytes elsewhere.
+// A TrueSpeech frame has 32 bytes elsewhere; readers of this library's files know these numbers.
 constexpr std::uint32_t kTrueSpeechBytesPerSecond = 662;
 constexpr std::uint16_t kTrueSpeechBlock = 20;
 constexpr std::uint16_t kSpeechBits = 1;
@@ -139,7 +139,8 @@ QVERRORCODE_TAG CWAVMediaFileImpl::Write(const short* samples, std::size_t frame
     bytes += taken;
     count -= taken;
     if (pending_ < buffer_.Count()) break;
-    const QVERRORCODE_TAG result = Encode(ConvertExtent::kWholeBlocks);
+    std::size_t produced = 0;
+    const QVERRORCODE_TAG result = Encode(ConvertExtent::kWholeBlocks, produced);
     if (result != QVERR_OK) return result;
   }
   CountFrames(frames);
@@ -147,9 +148,8 @@ QVERRORCODE_TAG CWAVMediaFileImpl::Write(const short* samples, std::size_t frame
 }
 
 // Codes what is in the buffer and keeps what the coding leaves over.
-QVERRORCODE_TAG CWAVMediaFileImpl::Encode(ConvertExtent extent) noexcept {
+QVERRORCODE_TAG CWAVMediaFileImpl::Encode(ConvertExtent extent, std::size_t& produced) noexcept {
   std::size_t used = 0;
-  std::size_t produced = 0;
   if (!encoder_->Convert(pending_, extent, used, produced)) return QVERR_BAD_FORMAT;
   if (used == 0 && pending_ > 0) return QVERR_BAD_FORMAT;  // would be so for ever
   if (!stream_.Write(encoder_->Output().data(), produced)) return QVERR_FILE_WRITE_FAILED;
@@ -159,9 +159,14 @@ QVERRORCODE_TAG CWAVMediaFileImpl::Encode(ConvertExtent extent) noexcept {
 }
 
 QVERRORCODE_TAG CWAVMediaFileImpl::FinishWriting() noexcept {
-  while (pending_ > 0) {
-    const QVERRORCODE_TAG result = Encode(ConvertExtent::kAnything);
+  // The rest of the samples, then what the coding holds back.
+  for (bool isDone = encoder_ == nullptr; !isDone;) {
+    const bool isRest = pending_ > 0;
+    std::size_t produced = 0;
+    const QVERRORCODE_TAG result =
+        Encode(isRest ? ConvertExtent::kAnything : ConvertExtent::kEnd, produced);
     if (result != QVERR_OK) return result;
+    isDone = !isRest && produced == 0;
   }
   bool isWritten = stream_.Ascend(data_);
   if (format_.tag != kWaveTagPCM) {

@@ -11,12 +11,12 @@
 namespace Quorvex {
 namespace {
 
-struct WaveFormat {
+struct RegisteredFormat {
   std::uint16_t tag;
   const wchar_t* name;
 };
 
-constexpr WaveFormat kFormats[] = {
+constexpr RegisteredFormat kFormats[] = {
     {0x0001, L"WAVE_FORMAT_PCM - Uncompressed Audio"},
     {0x0002, L"WAVE_FORMAT_ADPCM - Microsoft Corporation"},
     {0x0003, L"WAVE_FORMAT_IEEE_FLOAT - Microsoft Corporation"},
@@ -152,7 +152,7 @@ constexpr WaveFormat kFormats[] = {
 };
 
 constexpr bool IsAscending() {
-  return std::ranges::adjacent_find(kFormats, std::greater_equal(), &WaveFormat::tag) ==
+  return std::ranges::adjacent_find(kFormats, std::greater_equal(), &RegisteredFormat::tag) ==
          std::end(kFormats);
 }
 static_assert(IsAscending(), "it is searched by halves");
@@ -160,8 +160,8 @@ static_assert(IsAscending(), "it is searched by halves");
 }  // namespace
 
 std::wstring_view WaveFormatName(std::uint32_t tag) noexcept {
-  const WaveFormat* const found =
-      std::ranges::lower_bound(kFormats, tag, std::less(), &WaveFormat::tag);
+  const RegisteredFormat* const found =
+      std::ranges::lower_bound(kFormats, tag, std::less(), &RegisteredFormat::tag);
   const bool isKnown = found != std::end(kFormats) && found->tag == tag;
   return isKnown ? found->name : L"Unknown format";
 }

@@ -7,17 +7,18 @@ namespace Quorvex {
 
 class CMediaFileFactory;
 
-/// Reads RIFF/WAVE. 16-bit PCM is delivered as it stands, with all its channels; everything else
-/// goes through the audio compression manager, which delivers at most two channels: of more, the
-/// first two are kept. What the manager converts to 16-bit samples:
+/// Reads RIFF/WAVE. 16-bit PCM with tag 1 is delivered as it stands, with all its channels;
+/// everything else goes through the audio compression manager, which delivers at most two channels:
+/// of more, the first two are kept. What the manager converts to 16-bit samples:
 ///
-///     Linux     PCM of 8, 24, 32 and 64 bits, whose upper 16 bits are kept; 32- and 64-bit
-///     floating
-///               point, rounded to the nearest value, the even one of two, and limited to 16 bits,
-///               a NaN being 0; A-law, mu-law; IMA and Microsoft ADPCM, with the samples of
-///               libsndfile and sox; and, by a module beside the library, MediaAccessorFFmpeg.so,
-///               every other coding with a registered tag that FFmpeg decodes, with its samples:
-///               GSM 6.10, TrueSpeech, MP3, G.726, AC-3, ...
+///     Linux     PCM of 8, 24, 32 and 64 bits: the upper 16 are kept
+///               floating point of 32 and 64 bits: rounded to the nearest value, the even one of
+///               two, and limited to 16 bits; a NaN is 0
+///               A-law, mu-law
+///               IMA and Microsoft ADPCM, with the samples of libsndfile and sox
+///               by a module beside the library, MediaAccessorFFmpeg.so, every other coding with a
+///               registered tag that FFmpeg decodes, with its samples: GSM 6.10, TrueSpeech, MP3,
+///               G.726, AC-3, ...
 ///     Windows   what the codecs that are installed there offer
 ///     both      WAVE_FORMAT_EXTENSIBLE of those
 ///
@@ -40,13 +41,14 @@ class CMediaFileFactory;
 /// ReadBlock:
 ///     QVERR_FILE_IO            the file is shorter than it was when it was opened, or cannot be
 ///                              read
-///     QVERR_BAD_FORMAT         the data cannot be converted
+///     QVERR_BAD_FORMAT         the data cannot be converted; or it says itself, as MP3 does, that
+///                              it has another rate than the header tells
 ///
-/// A block has as many frames as 128 KiB of the file give. Data that ends in the middle of a frame
-/// ends with the last whole one; a part of an ADPCM block is decoded. Coded audio comes in whole
-/// blocks, which may be some frames more than the "fact" chunk counts. The length is the one that
-/// the "fact" chunk tells; without one that of the data, for codings at its average rate; 0 when
-/// neither is known; the largest number when it does not fit 32 bits.
+/// A block has at most as many frames as 128 KiB of the file give. Data that ends in the middle of
+/// a frame ends with the last whole one; a part of an ADPCM block is decoded. Coded audio comes in
+/// whole blocks, which may be some frames more than the "fact" chunk counts. The length is the one
+/// that the "fact" chunk tells; without one that of the data, for codings at its average rate; 0
+/// when neither is known; the largest number when it does not fit 32 bits.
 ///
 /// The format description names the coding and its registrant: "WAVE_FORMAT_GSM610 - Microsoft
 /// Corporation"; "Unknown format" for a tag that is not in the registry of 1998, such as

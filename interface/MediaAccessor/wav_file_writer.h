@@ -17,9 +17,10 @@ enum WAVOutputCoding : int {
 
 /// A writer of RIFF/WAVE. The file has the source's frequency and the channels that it delivers.
 /// It appears under its name whole, when the source has ended and everything is written, or not at
-/// all: until then it is a file with the name ".<16 digits>.part" beside it, which goes if anything
-/// fails. A file that is replaced is replaced at that moment; a link is followed to it; on Linux
-/// its permissions are kept. One thread at a time.
+/// all: until then it is a file with the name ".<16 hexadecimal digits>.part" beside it, which goes
+/// if anything fails. A file that is replaced is replaced at that moment; a link to a file is
+/// followed; on Linux its group and
+/// permissions are kept, as far as they can be given. One thread at a time.
 ///
 /// A-law and mu-law are coded as the reference of ITU-T G.191 does on Linux, and by the system's
 /// codec on Windows. GSM 6.10 needs the module MediaAccessorFFmpeg.so on Linux, an encoder of the
@@ -64,6 +65,7 @@ class MEDIA_ACCESSOR_API CWAVFileWriter : public CMediaFileWriter {
   ///     QVERR_ACCESS_DENIED          the directory, or the file to be replaced, may not be written
   ///     QVERR_FILE_WRITE_FAILED      the disk is full, or the file would outgrow what a RIFF file
   ///                                  can hold: 4 GiB, on Windows 2 GiB
+  ///     QVERR_CREATE_FAILED          memory ran out, or the source threw an exception
   ///     any other                    the source's own failure, as it is
   QVERRORCODE_TAG WriteFile(CMediaAccessor* source, const char* path, bool replace) override = 0;
   QVERRORCODE_TAG WriteFile(CMediaAccessor* source, const wchar_t* path, bool replace) override = 0;

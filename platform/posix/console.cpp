@@ -10,7 +10,7 @@ namespace Quorvex::platform {
 
 namespace {
 
-constexpr int kInterrupts[] = {SIGINT, SIGTERM, SIGHUP};
+constexpr int kInterrupts[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT, SIGXCPU};
 volatile std::sig_atomic_t caught = 0;  // the signal
 
 }  // namespace

@@ -20,8 +20,9 @@
 namespace Quorvex::platform {
 namespace {
 
-constexpr int kMostTries = 100;  // random names that exist already
-constexpr mode_t kEverybody = 0666;
+constexpr int kMostTries = 100;      // random names that exist already
+constexpr mode_t kEverybody = 0666;  // less what the process masks
+constexpr mode_t kOwner = 0600;      // until the file is like the one that it replaces
 constexpr mode_t kPermissions = 0777;
 
 QVERRORCODE_TAG CodeOf(int error) {
@@ -52,63 +53,97 @@ std::string RandomName(const std::string& target) {
   return target.substr(0, target.find_last_of('/') + 1) + name;
 }
 
-// Gives a file a name that no other has. The second way is for file systems that do not know the
-// first, the third, which somebody may still come before, for those that know no links either.
+// Gives a file a name that no other has. The second way is for file systems and sandboxes that do
+// not know the first, the third, which somebody may still come before, for those that know no
+// links.
 bool RenameToNew(const char* from, const char* to) {
   if (::renameat2(AT_FDCWD, from, AT_FDCWD, to, RENAME_NOREPLACE) == 0) return true;
-  if (errno != EINVAL && errno != ENOSYS) return false;
-  if (::link(from, to) == 0) return ::unlink(from) == 0;
+  if (errno == EEXIST) return false;
+  if (::link(from, to) == 0) {
+    ::unlink(from);
+    return true;
+  }
   if (errno == EEXIST || ::access(to, F_OK) == 0) return false;
   return ::rename(from, to) == 0;
 }
 
 }  // namespace
 
-PendingFile::~PendingFile() {
-  std::string name;
-  if (!name_.empty() && SystemFileName(name_.c_str(), name)) ::unlink(name.c_str());
+// Everything that needs memory is made before there is a file: deleting it needs none.
+struct PendingFile::State {
+  std::wstring name;
+  std::string file;    // the same, as the system takes it
+  std::string target;  // where it will appear
+  bool replace = false;
+  bool exists = false;  // something is there that will be replaced
+  mode_t mode = 0;      // of that
+  gid_t group = 0;
+};
+
+namespace {
+
+// Makes a file like the one that it replaces. A group that it cannot be given to is no reason to
+// let another one in.
+void TakeOver(const char* file, gid_t group, mode_t mode) {
+  if (::chown(file, static_cast<uid_t>(-1), group) != 0) {
+    constexpr mode_t kGroup = 070;
+    constexpr mode_t kOthers = 07;
+    mode = (mode & ~kGroup) | (mode & kGroup & (mode & kOthers) << 3);
+  }
+  [[maybe_unused]] const bool isChanged = ::chmod(file, mode) == 0;
 }
+
+}  // namespace
+
+PendingFile::PendingFile() noexcept = default;
+
+PendingFile::~PendingFile() {
+  if (state_ != nullptr) ::unlink(state_->file.c_str());
+}
+
+const std::wstring& PendingFile::Name() const noexcept { return state_->name; }
 
 QVERRORCODE_TAG PendingFile::Create(const wchar_t* path, bool replace) {
+  auto state = std::make_unique<State>();
   std::wstring full;  // the working directory may be another in the end
-  std::string target;
-  if (!ResolvePath(path, full) || !SystemFileName(full.c_str(), target)) {
+  if (!ResolvePath(path, full) || !SystemFileName(full.c_str(), state->target)) {
     return QVERR_FILE_CREATE_FAILED;
   }
-  target = Followed(target);
+  state->target = Followed(state->target);
+  state->replace = replace;
   struct stat status {};
-  const bool exists = ::stat(target.c_str(), &status) == 0;
-  if (exists && (!replace || !S_ISREG(status.st_mode))) return QVERR_FILE_CREATE_FAILED;
-  if (exists && ::access(target.c_str(), W_OK) != 0) return QVERR_ACCESS_DENIED;
-  int descriptor = -1;
-  std::string name;
-  for (int tries = 0; descriptor < 0; ++tries) {
-    name = RandomName(target);
-    descriptor = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kEverybody);
-    if (descriptor < 0 && (errno != EEXIST || tries == kMostTries)) return CodeOf(errno);
+  if (::lstat(state->target.c_str(), &status) == 0) {
+    // A link that is still there leads to nothing, and is no file that could be replaced.
+    if (!replace || !S_ISREG(status.st_mode)) return QVERR_FILE_CREATE_FAILED;
+    if (::faccessat(AT_FDCWD, state->target.c_str(), W_OK, AT_EACCESS) != 0) {
+      return QVERR_ACCESS_DENIED;
+    }
+    state->exists = true;
+    state->mode = status.st_mode & kPermissions;
+    state->group = status.st_gid;
   }
-  // As far as the owner may.
-  if (exists && ::fchmod(descriptor, status.st_mode & kPermissions) != 0) errno = 0;
-  ::close(descriptor);
-  name_ = Widen(name);
-  target_ = Widen(target);
-  replace_ = replace;
-  return QVERR_OK;
+  for (int tries = 0;; ++tries) {
+    state->file = RandomName(state->target);
+    state->name = Widen(state->file);
+    const int descriptor = ::open(state->file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
+                                  state->exists ? kOwner : kEverybody);
+    if (descriptor >= 0) {
+      ::close(descriptor);
+      state_ = std::move(state);
+      return QVERR_OK;
+    }
+    if (errno != EEXIST || tries == kMostTries) return CodeOf(errno);
+  }
 }
 
-QVERRORCODE_TAG PendingFile::Publish() noexcept try {
-  std::string name;
-  std::string target;
-  if (!SystemFileName(name_.c_str(), name) || !SystemFileName(target_.c_str(), target)) {
-    return QVERR_FILE_CREATE_FAILED;
-  }
-  const bool isRenamed = replace_ ? ::rename(name.c_str(), target.c_str()) == 0
-                                  : RenameToNew(name.c_str(), target.c_str());
+QVERRORCODE_TAG PendingFile::Publish() noexcept {
+  const char* const file = state_->file.c_str();
+  const char* const target = state_->target.c_str();
+  if (state_->exists) TakeOver(file, state_->group, state_->mode);
+  const bool isRenamed = state_->replace ? ::rename(file, target) == 0 : RenameToNew(file, target);
   if (!isRenamed) return QVERR_FILE_CREATE_FAILED;
-  name_.clear();
+  state_ = nullptr;
   return QVERR_OK;
-} catch (...) {
-  return QVERR_CREATE_FAILED;
 }
 
 }  // namespace Quorvex::platform

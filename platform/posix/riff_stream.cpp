@@ -189,6 +189,7 @@ bool RiffStream::Read(void* buffer, std::size_t count, std::size_t& got) noexcep
 
 bool RiffStream::Write(const void* data, std::size_t count) noexcept {
   State& state = *state_;
+  if (count == 0) return true;
   // The RIFF chunk's own size has to hold everything behind it.
   if (count > kLargestSize || state.position + count > kLargestSize + kChunkHeader) return false;
   const auto* const bytes = static_cast<const unsigned char*>(data);

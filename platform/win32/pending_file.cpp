@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <random>
+#include <utility>
 
 #include "platform/win32/error_mode_guard.h"
 #include "platform/win32/windows_api.h"
@@ -67,33 +68,44 @@ std::wstring RandomName() {
 
 }  // namespace
 
+struct PendingFile::State {
+  std::wstring name;
+  std::wstring target;  // where it will appear
+  bool replace = false;
+};
+
+PendingFile::PendingFile() noexcept = default;
+
 PendingFile::~PendingFile() {
   const ErrorModeGuard guard;
-  if (!name_.empty()) ::DeleteFileW(name_.c_str());
+  if (state_ != nullptr) ::DeleteFileW(state_->name.c_str());
 }
+
+const std::wstring& PendingFile::Name() const noexcept { return state_->name; }
 
 QVERRORCODE_TAG PendingFile::Create(const wchar_t* path, bool replace) {
   const ErrorModeGuard guard;
-  replace_ = replace;
-  target_ = FullPath(path);
-  if (target_.empty()) return QVERR_FILE_CREATE_FAILED;
-  const DWORD attributes = ::GetFileAttributesW(target_.c_str());
+  auto state = std::make_unique<State>();
+  state->replace = replace;
+  state->target = FullPath(path);
+  if (state->target.empty()) return QVERR_FILE_CREATE_FAILED;
+  const DWORD attributes = ::GetFileAttributesW(state->target.c_str());
   if (attributes != INVALID_FILE_ATTRIBUTES) {
     if (!replace) return QVERR_FILE_CREATE_FAILED;
-    const QVERRORCODE_TAG code = CheckReplaced(target_, attributes);
+    const QVERRORCODE_TAG code = CheckReplaced(state->target, attributes);
     if (code != QVERR_OK) return code;
   } else if (::GetLastError() != ERROR_FILE_NOT_FOUND) {
     return CreationCode(::GetLastError());
   }
-  const std::wstring directory = target_.substr(0, target_.find_last_of(L'\\') + 1);
+  const std::wstring directory = state->target.substr(0, state->target.find_last_of(L'\\') + 1);
   DWORD error = ERROR_FILE_EXISTS;
   for (int i = 0; i < kTries && error == ERROR_FILE_EXISTS; ++i) {
-    std::wstring name = directory + RandomName();
-    const HANDLE file = ::CreateFileW(name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
+    state->name = directory + RandomName();
+    const HANDLE file = ::CreateFileW(state->name.c_str(), GENERIC_WRITE, 0, nullptr, CREATE_NEW,
                                       FILE_ATTRIBUTE_NORMAL, nullptr);
     if (file != INVALID_HANDLE_VALUE) {
-      name_ = std::move(name);
       ::CloseHandle(file);
+      state_ = std::move(state);
       return QVERR_OK;
     }
     error = ::GetLastError();
@@ -103,11 +115,11 @@ QVERRORCODE_TAG PendingFile::Create(const wchar_t* path, bool replace) {
 
 QVERRORCODE_TAG PendingFile::Publish() noexcept {
   const ErrorModeGuard guard;
-  if (name_.empty() || ::MoveFileExW(name_.c_str(), target_.c_str(),
-                                     replace_ ? MOVEFILE_REPLACE_EXISTING : 0) == 0) {
+  const DWORD flags = state_->replace ? MOVEFILE_REPLACE_EXISTING : 0;
+  if (::MoveFileExW(state_->name.c_str(), state_->target.c_str(), flags) == 0) {
     return QVERR_FILE_CREATE_FAILED;
   }
-  name_.clear();
+  state_ = nullptr;
   return QVERR_OK;
 }
 

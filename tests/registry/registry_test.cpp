@@ -97,8 +97,7 @@ TEST_F(Registry, NullFactoriesAndIndicesPastTheEnd) {
   EXPECT_EQ(MediaAccessorRegistryOverride("au", nullptr), QVERR_NO_SOURCE);
   EXPECT_EQ(MediaAccessorRegistryOverride(L"au", nullptr), QVERR_NO_SOURCE);
   EXPECT_EQ(MediaAccessorRegistrySetDefault(nullptr), QVERR_NO_SOURCE);
-  EXPECT_EQ(MediaAccessorRegistryGetFactory("x.au", 1, factory, isDefault),
-            QVERR_INVALID_ARGUMENT);
+  EXPECT_EQ(MediaAccessorRegistryGetFactory("x.au", 1, factory, isDefault), QVERR_INVALID_ARGUMENT);
   EXPECT_EQ(factory, nullptr);
   EXPECT_EQ(GetMediaFileFactory(GetMediaFileFactoryCount(), factory), QVERR_INVALID_ARGUMENT);
   const unsigned long count = MediaAccessorRegistryGetExtensionCount();

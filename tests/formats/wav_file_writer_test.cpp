@@ -112,13 +112,53 @@ TEST_F(WAVFileWriter, CodesAsOtherProgramsDo) {
   }
 }
 
+// A buffer of the writer, which codes it as a whole, holds 65,536 samples.
+TEST_F(WAVFileWriter, MoreThanABufferAtOnce) {
+  std::vector<short> many(200'001);
+  for (std::size_t i = 0; i < many.size(); ++i) many[i] = static_cast<short>(i * 7);
+  for (const int coding : {kWAVOutputALaw, kWAVOutputPCM16}) {
+    FakeSource source(1, {many, {1, 2, 3}});
+    ASSERT_EQ(writer->SetOutputCoding(coding), QVERR_OK);
+    ASSERT_EQ(Write(source, true), QVERR_OK);
+    const MediaFilePtr file(CInputWAVMediaFile::CreateInstance());
+    ASSERT_EQ(file->Open(path.c_str()), QVERR_OK);
+    const auto samples = tests::PullAll(*file);
+    ASSERT_EQ(samples.size(), many.size() + 3);
+    const int furthest = coding == kWAVOutputPCM16 ? 0 : 512;  // half of the widest interval
+    for (std::size_t i = 0; i < many.size(); ++i) {
+      ASSERT_LE(std::abs(samples[i] - many[i]), furthest) << i;
+    }
+  }
+}
+
+// Calls the writer that reads it.
+class NestingSource : public FakeSource {
+ public:
+  NestingSource(CWAVFileWriter& writer, const std::string& path)
+      : FakeSource(1, {}), writer_(writer), path_(path) {}
+  QVERRORCODE_TAG ReadBlock(const short*& samples, unsigned long& frames, void* context) override {
+    EXPECT_EQ(writer_.SetOutputCoding(kWAVOutputALaw), QVERR_ALREADY_OPEN);
+    EXPECT_EQ(writer_.WriteFile(this, path_.c_str(), true), QVERR_ALREADY_OPEN);
+    return FakeSource::ReadBlock(samples, frames, context);
+  }
+
+ private:
+  CWAVFileWriter& writer_;
+  const std::string path_;
+};
+
+TEST_F(WAVFileWriter, IsNotForUseFromWithin) {
+  NestingSource source(*writer, path);
+  EXPECT_EQ(Write(source), QVERR_OK);
+}
+
 // "fact" behind the data, of odd size here, and only when it is not PCM.
 TEST_F(WAVFileWriter, TheCountStandsBehindCodedData) {
-  FakeSource source(1, {{0, 0, 0}});
+  FakeSource source(1, {{0, 32'767, -32'768}});
   ASSERT_EQ(writer->SetOutputCoding(kWAVOutputMuLaw), QVERR_OK);
   ASSERT_EQ(Write(source), QVERR_OK);
   const Bytes bytes = tests::ReadBytes(path);
-  const std::string data("data\3\0\0\0\xFF\xFF\xFF\0", 12);
+  const std::string data("data\3\0\0\0\xFF\x80\0\0", 12);
   const std::string expected = data + WavBytes::Chunk("fact", WavBytes::Number(3, 4));
   ASSERT_GT(bytes.size(), expected.size());
   EXPECT_EQ(Part(bytes, bytes.size() - expected.size(), bytes.size()), ToBytes(expected));
@@ -187,6 +227,7 @@ TEST_F(WAVFileWriter, RefusesBeforeAnythingIsCreated) {
   silent.frequency = 0;
   FakeSource empty(0, {});
   FakeSource wide(32'768, {});
+  FakeSource wider(65'537, {});
   FakeSource fast(2, {});
   fast.frequency = 0xFFFFFFFF;
   EXPECT_EQ(writer->WriteFile(nullptr, path.c_str(), true), QVERR_NO_SOURCE);
@@ -196,6 +237,7 @@ TEST_F(WAVFileWriter, RefusesBeforeAnythingIsCreated) {
   EXPECT_EQ(Write(silent), QVERR_NO_SAMPLING_FREQUENCY);
   EXPECT_EQ(Write(empty), QVERR_BAD_CHANNEL_COUNT);
   EXPECT_EQ(Write(wide), QVERR_UNSUPPORTED_CHANNELS);
+  EXPECT_EQ(Write(wider), QVERR_UNSUPPORTED_CHANNELS);
   EXPECT_EQ(Write(fast), QVERR_INVALID_ARGUMENT);
   EXPECT_EQ(writer->WriteFile(&good, directory.File("missing/x.wav").c_str(), true),
             QVERR_PATH_NOT_FOUND);

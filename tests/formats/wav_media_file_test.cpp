@@ -91,6 +91,18 @@ TEST_F(WAVEngine, WhatItRefusesToWriteLeavesTheFileAlone) {
   EXPECT_TRUE(std::filesystem::exists(directory.File(""))) << "it was not ours to delete";
 }
 
+TEST_F(WAVEngine, NothingIsLeftOfAnAbandonedFile) {
+  const short samples[3] = {};
+  engine.SetOutput(kWaveTagALaw, 1, 8000);
+  ASSERT_EQ(Open(kWrite), QVERR_OK);
+  EXPECT_EQ(engine.Write(samples, 3), QVERR_OK);
+  engine.Abandon();
+  EXPECT_FALSE(std::filesystem::exists(path));
+  ASSERT_EQ(Open(kWrite), QVERR_OK);
+  EXPECT_EQ(engine.Close(), QVERR_OK);
+  EXPECT_EQ(std::filesystem::file_size(path), 12U + 26U + 8U + 12U);
+}
+
 TEST_F(WAVEngine, AReadWaitsWhileTheEngineIsBusy) {
   WavBytes wav;
   wav.bits = 16;

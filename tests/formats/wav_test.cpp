@@ -81,6 +81,9 @@ INSTANTIATE_TEST_SUITE_P(
         CodingCase{"sox_ms_adpcm_mono", 1, kADPCM, 0, 256},
         CodingCase{"ffmpeg_ms_adpcm_stereo", 2, kADPCM, 0, 0},
         CodingCase{"sox_gsm_mono", 1, kGSM, 0, 0}, CodingCase{"ffmpeg_gsm610", 1, kGSM, 0, 0},
+        CodingCase{"ffmpeg_g726_24k", 1, L"Unknown format", 0, kNotOffered},
+        CodingCase{"ffmpeg_ac3", 1, L"WAVE_FORMAT_DVM - FAST Multimedia AG", 0, kNotOffered},
+        CodingCase{"ffmpeg_mp3", 2, L"WAVE_FORMAT_MPEGLAYER3 - ISO/MPEG Layer3 Format Tag", 0, 2},
         CodingCase{"truespeech_mono", 1, L"WAVE_FORMAT_DSPGROUP_TRUESPEECH - DSP Group, Inc", 0,
                    kNotOffered}),
     [](const auto& test) { return std::string(test.param.name); });
@@ -205,8 +208,11 @@ TEST_F(WAVBytesTest, TheLengthThatTheHeaderTells) {
       {"one that does not fit",
        [](WavBytes& wav) { wav.beforeData = Fact(0xFFFFFFFF), wav.frequency = 1; }, kLongest},
       {"A-law: at its average rate",
-       [](WavBytes& wav) { wav.tag = 6, wav.bits = 8, wav.blockAlign = 1, wav.data.resize(8004); },
-       1000},
+       [](WavBytes& wav) {
+         wav.tag = 6, wav.bits = 8, wav.blockAlign = 1, wav.bytesPerSecond = 4000;
+         wav.data.resize(8004);
+       },
+       2001},
   };
   for (const Case& c : cases) {
     WavBytes wav;
@@ -226,17 +232,49 @@ TEST_F(WAVBytesTest, WhatCannotBeOpened) {
 // The end of a file in the middle of a block: what is there of it is decoded, as sox does.
 TEST_F(WAVBytesTest, APartOfAnADPCMBlock) {
   if (tests::kSystemIsWindows) GTEST_SKIP() << "the system's codecs decide that";
-  const auto whole = tests::ReadSamples(tests::Fixture("sndfile_ima_mono.s16"));
-  tests::Bytes bytes = tests::ReadBytes(tests::Fixture("sndfile_ima_mono.wav"));
+  constexpr std::size_t kData = 60;  // offset
   constexpr std::size_t kBlock = 256;
-  constexpr std::size_t kHeader = 60;
-  constexpr std::size_t kPart = 4 + 4 * 10 + 3;  // a header, ten groups of samples, and no group
-  bytes.resize(kHeader + kBlock + kPart);
-  bytes[kHeader - 4] = static_cast<std::uint8_t>((kBlock + kPart) & 0xFF);
-  bytes[kHeader - 3] = static_cast<std::uint8_t>((kBlock + kPart) >> 8);
-  ASSERT_EQ(Open(bytes), QVERR_OK);
-  constexpr std::size_t kFrames = 505 + 1 + 8 * 10;
-  EXPECT_EQ(tests::PullAll(*file), std::vector<short>(whole.begin(), whole.begin() + kFrames));
+  struct Case {
+    std::size_t bytes;
+    std::ptrdiff_t frames;
+  };
+  // A header, ten groups of samples, and no group; behind a whole block, alone, and less.
+  for (const Case& c : {Case{kBlock + 47, 505 + 81}, Case{47, 81}, Case{4, 1}, Case{3, 0}}) {
+    const auto whole = tests::ReadSamples(tests::Fixture("sndfile_ima_mono.s16"));
+    tests::Bytes bytes = tests::ReadBytes(tests::Fixture("sndfile_ima_mono.wav"));
+    bytes.resize(kData + c.bytes);
+    bytes[kData - 4] = static_cast<std::uint8_t>(c.bytes & 0xFF);
+    bytes[kData - 3] = static_cast<std::uint8_t>(c.bytes >> 8);
+    ASSERT_EQ(Open(bytes), QVERR_OK);
+    EXPECT_EQ(tests::PullAll(*file), std::vector<short>(whole.begin(), whole.begin() + c.frames));
+  }
+}
+
+// Numbers behind the format record that are wrong or too few.
+TEST_F(WAVBytesTest, RecordsThatLie) {
+  if (tests::kSystemIsWindows) GTEST_SKIP() << "the system's codecs decide that";
+  struct Case {
+    const char* fixture;
+    std::size_t offset;  // of a byte to be changed
+    std::uint8_t value;
+    QVERRORCODE_TAG result;
+    std::size_t frames;
+  };
+  const Case cases[] = {
+      {"ffmpeg_float32_stereo", 36, 0, QVERR_BAD_FORMAT, 0},     // nothing behind an extensible one
+      {"ffmpeg_float32_stereo", 59, 0x70, QVERR_BAD_FORMAT, 0},  // another GUID
+      {"sndfile_ima_mono", 39, 0xFF, QVERR_OK, 3 * 505},         // more frames than a block holds
+      {"sndfile_ima_mono", 39, 0, QVERR_OK, 3 * 249},            // fewer
+      {"sox_ms_adpcm_mono", 40, 0xFF, QVERR_OK, 1500},           // more predictors than there are
+  };
+  for (const Case& c : cases) {
+    tests::Bytes bytes = tests::ReadBytes(tests::Fixture(std::string(c.fixture) + ".wav"));
+    bytes[c.offset] = c.value;
+    EXPECT_EQ(Open(bytes), c.result) << c.fixture << c.offset;
+    if (c.result == QVERR_OK) {
+      EXPECT_EQ(FrameCount(), c.frames) << c.fixture << c.offset;
+    }
+  }
 }
 
 }  // namespace

@@ -235,6 +235,36 @@ TEST_F(Program, ConvertWritesAWholeFileOrNone) {
   EXPECT_TRUE(std::equal(samples.rbegin(), samples.rend(), whole.rbegin()));
 }
 
+// A disk that is full, and an end that comes from outside.
+TEST_F(Program, ConvertThatIsCutShortLeavesNothing) {
+  if (tests::kSystemIsWindows) GTEST_SKIP() << "needs a shell";
+  const std::string input = directory.File("long.wav");
+  const std::string out = directory.File("out.wav");
+  tests::Bytes header = tests::ReadBytes(Fixture("sox_pcm16_stereo.wav"));
+  header.resize(44);
+  constexpr std::uint32_t kDataSize = 0x70000000;
+  for (std::size_t i = 0; i < 4; ++i)
+    header[40 + i] = static_cast<std::uint8_t>(kDataSize >> 8 * i);
+  tests::WriteBytes(input, header);
+  std::filesystem::resize_file(input, 44 + std::uintmax_t{kDataSize});
+  const auto shell = [&](const std::string& before) {
+    const std::string command = before + " \"$0\" convert \"$1\" \"$2\"";
+    const std::string err = directory.File("err.txt");
+    const int code =
+        tests::Process({"/bin/sh", "-c", command, MEDIA_ACCESSOR_PROGRAM, input, out}, "", err)
+            .Wait();
+    errors = Text(err);
+    EXPECT_FALSE(std::filesystem::exists(out));
+    for (const auto& entry : std::filesystem::directory_iterator(directory.File(""))) {
+      EXPECT_NE(entry.path().extension(), ".part");
+    }
+    return code;
+  };
+  EXPECT_EQ(shell("ulimit -f 1000;"), 1);
+  EXPECT_NE(errors.find("305 QVERR_FILE_WRITE_FAILED"), std::string::npos) << errors;
+  EXPECT_EQ(shell("timeout --preserve-status -s TERM 0.1"), 128 + 15);
+}
+
 TEST_F(Program, VerboseTellsWhatWasTried) {
   const std::string input = Fixture("refused_aiff.wav");
   for (const Arguments& arguments :

@@ -11,6 +11,7 @@
 #include <memory>
 
 #include "platform/ft_file_impl.h"
+#include "platform/pending_file.h"
 #include "platform/shared_stream.h"
 #include "platform/text.h"
 #include "support/ft_file.h"
@@ -138,6 +139,34 @@ TEST_F(PosixFile, AFullDiskLeavesWholeLinesInALog) {
   EXPECT_EQ(tests::ReadBytes(path), whole);
   log.Write(L"third");
   EXPECT_EQ(tests::ReadBytes(path).size(), whole.size() + 14);
+}
+
+// What is replaced keeps its permissions, and a link stays one.
+TEST_F(PosixFile, WhatAPendingFileReplaces) {
+  const std::wstring name = Existing("x");
+  const auto replace = [](const std::wstring& path) {
+    platform::PendingFile pending;
+    const QVERRORCODE_TAG code = pending.Create(path.c_str(), true);
+    return code == QVERR_OK ? pending.Publish() : code;
+  };
+  for (const mode_t mode : {0600U, 0755U, 0440U}) {
+    chmod(directory.File("x").c_str(), mode);
+    ASSERT_EQ(replace(name), QVERR_OK);
+    struct stat status {};
+    stat(directory.File("x").c_str(), &status);
+    EXPECT_EQ(status.st_mode & 0777U, mode);
+  }
+  std::filesystem::create_symlink("x", directory.File("link"));
+  std::filesystem::create_symlink("nowhere", directory.File("dangling"));
+  tests::WriteBytes(directory.File("x"), {1});
+  EXPECT_EQ(replace(platform::Widen(directory.File("link"))), QVERR_OK);
+  EXPECT_TRUE(std::filesystem::is_symlink(directory.File("link")));
+  EXPECT_TRUE(std::filesystem::is_empty(directory.File("x")));
+  EXPECT_EQ(replace(platform::Widen(directory.File("dangling"))), QVERR_FILE_CREATE_FAILED);
+  EXPECT_EQ(replace(name + L"/below"), QVERR_PATH_NOT_FOUND);
+  chmod(directory.File("").c_str(), 0777);
+  const WithoutPrivileges scope;
+  EXPECT_EQ(replace(name), QVERR_ACCESS_DENIED) << "writable by its owner alone";
 }
 
 }  // namespace

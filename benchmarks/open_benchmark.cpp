@@ -31,9 +31,11 @@ void AddOpening(const std::string& job, const std::string& path, SF_INFO known) 
 
 int main(int argc, char** argv) {
   const benchmarks::WavFile wav(1, 2, 2, kFrequency, kFrequency);
+  const benchmarks::WavFile wide(1, 2, 3, kFrequency, kFrequency);
   const benchmarks::AuFile au(3, 2, 2, kFrequency, kFrequency);
   const benchmarks::VoxFile vox(kVoxFrequency / 2);
   AddOpening("open WAV, header, close", wav.Path(), {});
+  AddOpening("open WAV of 24 bits, header, close", wide.Path(), {});
   AddOpening("open AU, header, close", au.Path(), {});
   SF_INFO known{};
   known.samplerate = kVoxFrequency;

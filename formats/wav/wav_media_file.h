@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <span>
 #include <string>
 
 #include <MediaAccessor/result_code.h>
@@ -98,8 +99,9 @@ class CWAVMediaFileImpl {
   int mode_ = 0;  // 0: closed
   std::wstring name_;
   std::atomic<bool> busy_ = false;
-  WaveFormat format_;               // of the file
-  CFTarray<unsigned char> buffer_;  // coded bytes that were read, or samples to be coded
+  WaveFormat format_;  // of the file
+  CFTarray<unsigned char> buffer_;
+  std::span<unsigned char> source_;  // of it: coded bytes that were read, or samples to be coded
 
   // Reading
   AudioFacts facts_;

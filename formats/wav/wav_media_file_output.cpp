@@ -81,7 +81,7 @@ QVERRORCODE_TAG CWAVMediaFileImpl::CompleteFormat() {
   }
   constexpr unsigned kGiven = kSuggestTag | kSuggestChannels | kSuggestSamplesPerSecond;
   if (SuggestFormat(samples, format_, kGiven) != Suggestion::kMade) return QVERR_BAD_FORMAT;
-  encoder_ = CompressionStream::Open(samples, format_, {buffer_.Data(), buffer_.Count()});
+  encoder_ = CompressionStream::Open(samples, format_, source_);
   return encoder_ != nullptr ? QVERR_OK : QVERR_BAD_FORMAT;
 }
 
@@ -133,12 +133,12 @@ QVERRORCODE_TAG CWAVMediaFileImpl::Write(const short* samples, std::size_t frame
   if (encoder_ == nullptr) return QVERR_INVALID_ARGUMENT;
   const auto* bytes = reinterpret_cast<const unsigned char*>(samples);
   while (count > 0) {
-    const std::size_t taken = std::min(count, buffer_.Count() - pending_);
-    std::memcpy(buffer_.Data() + pending_, bytes, taken);
+    const std::size_t taken = std::min(count, source_.size() - pending_);
+    std::memcpy(source_.data() + pending_, bytes, taken);
     pending_ += taken;
     bytes += taken;
     count -= taken;
-    if (pending_ < buffer_.Count()) break;
+    if (pending_ < source_.size()) break;
     std::size_t produced = 0;
     const QVERRORCODE_TAG result = Encode(ConvertExtent::kWholeBlocks, produced);
     if (result != QVERR_OK) return result;
@@ -154,7 +154,7 @@ QVERRORCODE_TAG CWAVMediaFileImpl::Encode(ConvertExtent extent, std::size_t& pro
   if (used == 0 && pending_ > 0) return QVERR_BAD_FORMAT;  // would be so for ever
   if (!stream_.Write(encoder_->Output().data(), produced)) return QVERR_FILE_WRITE_FAILED;
   pending_ -= used;
-  std::memmove(buffer_.Data(), buffer_.Data() + used, pending_);
+  std::memmove(source_.data(), source_.data() + used, pending_);
   return QVERR_OK;
 }
 

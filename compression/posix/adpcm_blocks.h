@@ -44,7 +44,7 @@ class IMABlocks {
 };
 
 /// Microsoft ADPCM: 4 bits a sample, mono or stereo. A block begins with a header, which holds the
-/// first two samples of each channel and the number of its predictor. Source: the specification
+/// first two samples of each channel and the number of its predictor. Source:
 /// "Microsoft Adaptive Delta PCM" in the multimedia data standards update of 1994.
 class MicrosoftADPCMBlocks {
  public:

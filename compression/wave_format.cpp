@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <iterator>
 
+#include "support/header_reader.h"
+
 namespace Quorvex {
 namespace {
 
@@ -26,7 +28,7 @@ WaveFormat PlainFormat(const WaveFormat& format) {
       !std::equal(std::begin(kTagGUIDEnd), std::end(kTagGUIDEnd), extra.begin() + kGUIDEndOffset)) {
     return plain;
   }
-  plain.tag = static_cast<std::uint16_t>(extra[kTagOffset] | extra[kTagOffset + 1] << 8);
+  plain.tag = static_cast<std::uint16_t>(LittleEndian16(extra.data() + kTagOffset));
   plain.extra.assign(extra.begin() + kBytes, extra.end());
   return plain;
 }

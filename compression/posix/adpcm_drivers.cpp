@@ -4,6 +4,7 @@
 
 #include "compression/posix/adpcm_blocks.h"
 #include "compression/posix/compression_driver.h"
+#include "support/header_reader.h"
 
 namespace Quorvex {
 namespace {
@@ -13,7 +14,7 @@ constexpr int kBits = 4;
 // Fields of what follows the format record.
 std::size_t Extra16(const WaveFormat& format, std::size_t offset) {
   if (format.extra.size() < offset + 2) return 0;
-  return format.extra[offset] | static_cast<std::size_t>(format.extra[offset + 1]) << 8;
+  return LittleEndian16(format.extra.data() + offset);
 }
 
 constexpr std::size_t kSamplesPerBlock = 0;  // offsets there

@@ -9,6 +9,7 @@
 #include <cstring>
 
 #include "compression/posix/adpcm_blocks.h"
+#include "support/header_reader.h"
 
 namespace Quorvex {
 namespace {
@@ -69,7 +70,7 @@ struct Chain {
 
 // Takes the header, and its sample.
 Chain Begin(const unsigned char* header, const unsigned char* groups, short* samples) {
-  const auto value = static_cast<short>(header[0] | header[1] << 8);
+  const auto value = static_cast<short>(LittleEndian16(header));
   *samples = value;
   const int index = std::min<int>(header[2], kLastStep);
   return {groups, samples, value, static_cast<std::uint32_t>(index) * 16U};

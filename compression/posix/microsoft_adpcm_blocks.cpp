@@ -6,12 +6,13 @@
 
 #include "compression/posix/adpcm_blocks.h"
 #include "compression/posix/microsoft_adpcm_block.h"
+#include "support/header_reader.h"
 
 namespace Quorvex {
 namespace {
 
 int Signed16(const unsigned char* bytes) {
-  return static_cast<std::int16_t>(bytes[0] | bytes[1] << 8);
+  return static_cast<std::int16_t>(LittleEndian16(bytes));
 }
 
 // Takes the header, and its two samples.

@@ -13,6 +13,7 @@
 #include "platform/win32/error_mode_guard.h"
 #include "platform/win32/system_library.h"
 #include "platform/win32/windows_api.h"
+#include "support/header_reader.h"
 #include "support/recursive_lock.h"
 
 #include <mmreg.h>
@@ -112,7 +113,7 @@ class Record {
 };
 
 unsigned ExtraWord(const WaveFormat& format, std::size_t index) {
-  return format.extra[2 * index] | static_cast<unsigned>(format.extra[2 * index + 1]) << 8;
+  return LittleEndian16(format.extra.data() + 2 * index);
 }
 
 // Frames in a block of one of the ADPCM codings, which begins with some bytes and some frames for

@@ -15,7 +15,7 @@ constexpr std::uint16_t kTags[] = {kWaveTagPCM,    kWaveTagALaw,  kWaveTagMuLaw,
 }  // namespace
 
 QVERRORCODE_TAG COutputWAVMediaFileImpl::SetOutputCoding(int coding) noexcept {
-  if (isOpen_) return QVERR_ALREADY_OPEN;
+  if (engine_.IsOpen()) return QVERR_ALREADY_OPEN;
   if (coding < kWAVOutputPCM16 || coding > kWAVOutputTrueSpeech) return QVERR_INVALID_ARGUMENT;
   if (coding >= kWAVOutputG729A) return QVERR_CREATE_FAILED;
   coding_ = coding;
@@ -23,19 +23,19 @@ QVERRORCODE_TAG COutputWAVMediaFileImpl::SetOutputCoding(int coding) noexcept {
 }
 
 QVERRORCODE_TAG COutputWAVMediaFileImpl::SetSamplingFrequency(std::uint32_t hertz) noexcept {
-  if (isOpen_) return QVERR_ALREADY_OPEN;
+  if (engine_.IsOpen()) return QVERR_ALREADY_OPEN;
   samplingFrequency_ = hertz;
   return QVERR_OK;
 }
 
 QVERRORCODE_TAG COutputWAVMediaFileImpl::SetChannelCount(std::uint16_t channels) noexcept {
-  if (isOpen_) return QVERR_ALREADY_OPEN;
+  if (engine_.IsOpen()) return QVERR_ALREADY_OPEN;
   channels_ = channels;
   return QVERR_OK;
 }
 
 QVERRORCODE_TAG COutputWAVMediaFileImpl::Check() noexcept {
-  if (isOpen_) return QVERR_ALREADY_OPEN;
+  if (engine_.IsOpen()) return QVERR_ALREADY_OPEN;
   if (samplingFrequency_ == 0) return QVERR_NO_SAMPLING_FREQUENCY;
   engine_.SetOutput(kTags[coding_], channels_, samplingFrequency_);
   return engine_.CheckOutput();
@@ -43,24 +43,12 @@ QVERRORCODE_TAG COutputWAVMediaFileImpl::Check() noexcept {
 
 QVERRORCODE_TAG COutputWAVMediaFileImpl::Open(const wchar_t* name, bool write) {
   if (!write) return QVERR_INVALID_ARGUMENT;
-  QVERRORCODE_TAG result = Check();
-  if (result == QVERR_OK) result = engine_.Open(name, CWAVMediaFileImpl::kModeWrite);
-  isOpen_ = isOpen_ || result == QVERR_OK;
-  return result;
+  const QVERRORCODE_TAG result = Check();
+  return result == QVERR_OK ? engine_.Open(name, CWAVMediaFileImpl::kModeWrite) : result;
 }
 
 QVERRORCODE_TAG COutputWAVMediaFileImpl::Open(const char* name, bool write) {
   return NoThrow([&] { return Open(ToWide(name).c_str(), write); });
-}
-
-QVERRORCODE_TAG COutputWAVMediaFileImpl::Close() noexcept {
-  isOpen_ = false;
-  return engine_.Close();
-}
-
-void COutputWAVMediaFileImpl::Abandon() noexcept {
-  isOpen_ = false;
-  engine_.Abandon();
 }
 
 }  // namespace Quorvex

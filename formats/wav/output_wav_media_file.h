@@ -32,16 +32,15 @@ class COutputWAVMediaFileImpl {
     return engine_.Write(samples, frames);
   }
   /// Finishes the file; deletes it when that fails.
-  QVERRORCODE_TAG Close() noexcept;
+  QVERRORCODE_TAG Close() noexcept { return engine_.Close(); }
   /// Deletes the file.
-  void Abandon() noexcept;
+  void Abandon() noexcept { engine_.Abandon(); }
 
  private:
   CWAVMediaFileImpl engine_;
   int coding_ = 0;
   std::uint32_t samplingFrequency_ = 0;  // 0: not set
   std::uint16_t channels_ = 1;
-  bool isOpen_ = false;
 };
 
 }  // namespace Quorvex

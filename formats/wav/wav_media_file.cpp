@@ -27,7 +27,7 @@ static_assert(std::endian::native == std::endian::little, "16-bit PCM is deliver
 }  // namespace
 
 QVERRORCODE_TAG CWAVMediaFileImpl::Open(const wchar_t* name, int mode) {
-  if (mode_ != 0) return QVERR_ALREADY_OPEN;
+  if (IsOpen()) return QVERR_ALREADY_OPEN;
   if (*name == L'\0') return QVERR_BAD_FILE_NAME;
   if (mode != kModeRead && mode != kModeWrite) return QVERR_INVALID_ARGUMENT;
   const QVERRORCODE_TAG result = NoThrow([&] {
@@ -82,7 +82,7 @@ bool CWAVMediaFileImpl::HasLastByte() noexcept {
 QVERRORCODE_TAG CWAVMediaFileImpl::Read(const short*& samples, unsigned long& frames) noexcept {
   samples = nullptr;
   frames = 0;
-  if (mode_ == 0) return QVERR_FILE_NOT_OPEN;
+  if (!IsOpen()) return QVERR_FILE_NOT_OPEN;
   if (mode_ == kModeWrite) return QVERR_BAD_STATE;
   while (busy_) std::this_thread::sleep_for(kBusyPoll);
   return conversion_.IsOpen() ? ReadConverted(samples, frames) : ReadPCM(samples, frames);

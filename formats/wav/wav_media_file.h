@@ -50,6 +50,8 @@ class CWAVMediaFileImpl {
   ///         created. Whatever fails leaves the object closed.
   QVERRORCODE_TAG Open(const wchar_t* name, int mode);
 
+  bool IsOpen() const noexcept { return mode_ != 0; }
+
   /// Closes. Writing: first codes what is left and writes the sizes; if any of that fails the file
   /// is deleted and the result is QVERR_FILE_WRITE_FAILED, or QVERR_BAD_FORMAT from the coding.
   QVERRORCODE_TAG Close() noexcept;

@@ -4,12 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstring>
 #include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
+#include "formats/wav/wav_header.h"
+#include "platform/riff_stream.h"
+#include "platform/text.h"
 #include "tests/test_files.h"
 
 namespace {
@@ -22,34 +24,15 @@ struct Wave {
   Bytes data;
 };
 
-std::uint32_t Number(const Bytes& bytes, std::size_t at, int count) {
-  std::uint32_t number = 0;
-  for (int i = count; i-- > 0;) number = number << 8 | bytes[at + static_cast<std::size_t>(i)];
-  return number;
-}
-
 Wave ReadWave(const std::string& name) {
-  const Bytes file = tests::ReadBytes(tests::Fixture(name + ".wav"));
-  Wave wave;
-  for (std::size_t at = 12; at + 8 <= file.size();) {
-    const std::size_t size = Number(file, at + 4, 4);
-    const std::size_t begin = at + 8;
-    const auto first = file.begin() + static_cast<std::ptrdiff_t>(begin);
-    const auto last = first + static_cast<std::ptrdiff_t>(size);
-    if (std::memcmp(&file[at], "fmt ", 4) == 0) {
-      wave.format = {.tag = static_cast<std::uint16_t>(Number(file, begin, 2)),
-                     .channels = static_cast<std::uint16_t>(Number(file, begin + 2, 2)),
-                     .samplesPerSecond = Number(file, begin + 4, 4),
-                     .averageBytesPerSecond = Number(file, begin + 8, 4),
-                     .blockAlign = static_cast<std::uint16_t>(Number(file, begin + 12, 2)),
-                     .bitsPerSample = static_cast<std::uint16_t>(Number(file, begin + 14, 2)),
-                     .extra = {first + 18, last}};
-    } else if (std::memcmp(&file[at], "data", 4) == 0) {
-      wave.data = {first, last};
-    }
-    at = begin + size + size % 2;
-  }
-  return wave;
+  const std::string path = tests::Fixture(name + ".wav");
+  platform::RiffStream stream;
+  WAVHeader header;
+  EXPECT_TRUE(stream.Open(platform::Widen(path).c_str()));
+  EXPECT_EQ(ReadWAVHeader(stream, header), QVERR_OK);
+  const Bytes file = tests::ReadBytes(path);
+  const auto data = file.begin() + static_cast<std::ptrdiff_t>(header.dataOffset);
+  return {header.format, {data, data + header.dataSize}};
 }
 
 // Gives a converter a whole stream as a reader does: pieces of it, whole blocks first. False when

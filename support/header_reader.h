@@ -4,7 +4,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <span>
+#include <string_view>
 
 #include "platform/input_file.h"
 
@@ -44,6 +46,11 @@ class HeaderReader {
 /// The most chunks of a RIFF file that are walked through. This library's own limit: a sparse file
 /// of gigabytes may consist of empty ones.
 inline constexpr int kMostRIFFChunks = 100'000;
+
+/// Whether the id of a chunk is `id`, of as many characters.
+inline bool IsId(const unsigned char* bytes, std::string_view id) noexcept {
+  return std::memcmp(bytes, id.data(), id.size()) == 0;
+}
 
 /// Fields of a header.
 inline std::uint32_t LittleEndian16(const unsigned char* bytes) noexcept {

@@ -10,9 +10,7 @@
 #include "support/riff_header_probe.h"
 
 #include <algorithm>
-#include <cstring>
 #include <limits>
-#include <string_view>
 
 #include "platform/shared_stream.h"
 #include "support/header_reader.h"
@@ -28,10 +26,6 @@ constexpr std::uint16_t kBitsIfNotGiven = 8;
 
 // Codings whose header tells no usable rate: TrueSpeech and a G.723.1.
 constexpr std::uint16_t kTagsWithoutDuration[] = {0x22, 0xA100};
-
-bool IsId(const unsigned char* bytes, std::string_view id) {
-  return std::memcmp(bytes, id.data(), id.size()) == 0;
-}
 
 bool Read(std::FILE* stream, unsigned char* bytes, std::size_t count) {
   return std::fread(bytes, 1, count, stream) == count;

@@ -9,7 +9,6 @@
 // the channel count: bits per sample is never read.
 #include "formats/portable_wav/portable_wav_media_file.h"
 
-#include <cstring>
 #include <string_view>
 
 #include "support/built_in_media_file_factory.h"
@@ -39,10 +38,6 @@ struct Chunks {
   std::uint64_t dataOffset = 0;
   std::uint64_t dataSize = 0;
 };
-
-bool IsId(const unsigned char* bytes, std::string_view id) {
-  return std::memcmp(bytes, id.data(), id.size()) == 0;
-}
 
 bool ReadFormatChunk(HeaderReader& reader, std::uint64_t position, std::uint32_t size,
                      Chunks& chunks) {

@@ -31,6 +31,16 @@ class CFTarray {
   /// Takes its memory from the allocator that is current now.
   CFTarray() noexcept : allocator_(CurrentAllocator()) {}
   ~CFTarray() { Reset(); }
+  /// Takes the elements over; `other` is left empty.
+  CFTarray(CFTarray&& other) noexcept
+      : allocator_(other.allocator_),
+        data_(std::exchange(other.data_, nullptr)),
+        count_(std::exchange(other.count_, 0)),
+        capacity_(std::exchange(other.capacity_, 0)),
+        step_(other.step_),
+        largestStep_(other.largestStep_),
+        doubling_(other.doubling_),
+        alwaysStep_(other.alwaysStep_) {}
   CFTarray(const CFTarray&) = delete;
   CFTarray& operator=(const CFTarray&) = delete;
 

@@ -19,6 +19,7 @@
 #include <MediaAccessor/multi_channel_media_file.h>
 #include <MediaAccessor/ownership.h>
 #include <MediaAccessor/registry.h>
+#include <MediaAccessor/resampling_media_accessor.h>
 #include <MediaAccessor/result_code.h>
 #include <MediaAccessor/text.h>
 #include <MediaAccessor/vox_media_file.h>

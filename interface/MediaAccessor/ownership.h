@@ -8,6 +8,7 @@
 #include <MediaAccessor/media_file_functions.h>
 #include <MediaAccessor/media_file_writer.h>
 #include <MediaAccessor/media_sink.h>
+#include <MediaAccessor/resampling_media_accessor.h>
 #include <MediaAccessor/vox_media_file.h>
 #include <MediaAccessor/wav_file_writer.h>
 
@@ -35,6 +36,7 @@ struct MediaFileCloser {
 
 using MediaAccessorPtr = std::unique_ptr<CMediaAccessor, ObjectReleaser>;
 using MediaAccessorMixerPtr = std::unique_ptr<MediaAccessorMixer, ObjectReleaser>;
+using ResamplingMediaAccessorPtr = std::unique_ptr<ResamplingMediaAccessor, ObjectReleaser>;
 using MediaSinkPtr = std::unique_ptr<CMediaSink, ObjectReleaser>;
 using MediaFileWriterPtr = std::unique_ptr<CMediaFileWriter, ObjectReleaser>;
 using WAVFileWriterPtr = std::unique_ptr<CWAVFileWriter, ObjectReleaser>;

@@ -49,6 +49,7 @@ TEST(SlotOrder, MediaAccessor) {
   EXPECT_EQ(Slot(&CMediaAccessor::Release), 9U);
   EXPECT_EQ(Slot(&CMediaAccessorDecorator::SetSource), 10U);
   EXPECT_EQ(Slot(&CMediaAccessorDecorator::GetSource), 11U);
+  EXPECT_EQ(Slot(&ResamplingMediaAccessor::SetOutputSamplingFrequency), 12U);
 }
 
 TEST(SlotOrder, SinksAndWriters) {

@@ -1,0 +1,303 @@
+// The polyphase filter: which coefficients are stored, and which rows and windows make which output
+// samples. The multiplications are the kernel's.
+#include "pipeline/polyphase_filter.h"
+
+#include <algorithm>
+#include <cmath>
+#include <memory>
+#include <numeric>
+#include <utility>
+
+#include "pipeline/impulse_response.h"
+
+namespace Quorvex {
+namespace {
+
+constexpr auto kStep = static_cast<std::int64_t>(kPolyphaseStep);
+constexpr auto kRows = static_cast<std::int64_t>(kPolyphaseRows);
+
+// So many phases of a filter that the ratio does not stretch are stored where not all are.
+// Interpolating between them adds noise at -113 dB of a tone at 0.8 of the Nyquist frequency; that
+// of rounding to 16 bits is at -92 dB of a tone at half scale.
+constexpr double kStoredPhases = 512;
+
+constexpr std::int64_t kMostRepeatedRows = 128;
+
+constexpr std::size_t kAlignment = 64;  // bytes: a cache line
+
+std::int64_t DividedUp(std::int64_t value, std::int64_t by) { return (value + by - 1) / by; }
+
+// x such that a x = 1 modulo `modulus`, where they have no common divisor.
+std::int64_t InverseModulo(std::int64_t a, std::int64_t modulus) {
+  std::int64_t remainder = modulus;
+  std::int64_t next = a % modulus;
+  std::int64_t factor = 0;
+  std::int64_t nextFactor = 1;
+  while (next != 0) {
+    const std::int64_t quotient = remainder / next;
+    remainder = std::exchange(next, remainder - quotient * next);
+    factor = std::exchange(nextFactor, factor - quotient * nextFactor);
+  }
+  return (factor % modulus + modulus) % modulus;
+}
+
+// Comparisons are written so that a NaN is outside.
+bool IsWithinLimits(const PolyphaseDesign& design) {
+  return design.inputFrequency >= 1 && design.outputFrequency >= 1 &&
+         design.outputFrequency <=
+             std::int64_t{PolyphaseDesign::kMostFactor} * design.inputFrequency &&
+         design.length >= 2 && design.length <= PolyphaseDesign::kLongest &&
+         design.length % 2 == 0 && design.rollOff > 0 && design.rollOff <= 1 &&
+         design.kaiserBeta >= 0 && design.kaiserBeta <= PolyphaseDesign::kMostBeta;
+}
+
+void Group(PolyphaseLayout& layout, std::int64_t repetitions) {
+  layout.rows = layout.ratio.L() * repetitions;
+  layout.period = layout.ratio.M() * repetitions;
+  layout.groups = DividedUp(layout.rows, kRows);
+  layout.isAligned = layout.period % kStep == 0;
+  layout.steps = 0;
+  for (std::int64_t group = 0; group < layout.groups; ++group) {
+    const std::int64_t lastRow = std::min(group * kRows + kRows, layout.rows) - 1;
+    const std::int64_t end = layout.RowSample(lastRow) + layout.half + 1;
+    layout.steps = std::max(layout.steps, DividedUp(end - layout.WindowSample(group), kStep));
+  }
+}
+
+bool Fits(const PolyphaseLayout& layout) {
+  return layout.Coefficients() * sizeof(float) <= PolyphaseLayout::kMostBytes;
+}
+
+PolyphaseLayout Plan(const PolyphaseDesign& design) {
+  PolyphaseLayout layout;
+  layout.ratio = FrequencyRatio(design.inputFrequency, design.outputFrequency);
+  layout.half = design.length / 2;
+  const std::int64_t l = layout.ratio.L();
+  const std::int64_t m = layout.ratio.M();
+  // Both are powers of two, so the larger one does for both.
+  const std::int64_t repetitions = std::max(kRows / std::gcd(kRows, l), kStep / std::gcd(kStep, m));
+  if (l * kStep <= static_cast<std::int64_t>(PolyphaseLayout::kMostBytes)) {
+    layout.phases = l;
+    if (l * repetitions <= kMostRepeatedRows) {
+      Group(layout, repetitions);
+      if (Fits(layout)) return layout;
+    }
+    Group(layout, 1);
+    if (Fits(layout)) return layout;
+  }
+  const double stretching = std::max(1.0, static_cast<double>(m) / static_cast<double>(l));
+  layout.isInterpolated = true;
+  layout.phases = static_cast<std::int64_t>(std::ceil(kStoredPhases / stretching));
+  layout.rows = layout.phases + 1;
+  layout.steps = DividedUp(design.length, kStep);
+  return layout;
+}
+
+std::size_t Bytes(const PolyphaseLayout& layout) {
+  return layout.Coefficients() * sizeof(float) + kAlignment;
+}
+
+}  // namespace
+
+std::size_t PolyphaseLayout::Coefficients() const {
+  const std::int64_t wholeRows = isInterpolated ? rows : groups * kRows;
+  return static_cast<std::size_t>(wholeRows * steps * kStep);
+}
+
+std::int64_t PolyphaseLayout::RowSample(std::int64_t row) const {
+  return row * ratio.M() / ratio.L();
+}
+
+std::int64_t PolyphaseLayout::WindowSample(std::int64_t group) const {
+  const std::int64_t first = RowSample(group * kRows) - half + 1;
+  return isAligned ? first & -kStep : first;
+}
+
+// Samples to make.
+struct PolyphaseFilter::Pass {
+  const float* input;
+  InputPosition start;
+  std::int64_t firstRow;
+  std::int64_t count;
+  float gain;
+  short* output;
+};
+
+QVERRORCODE_TAG PolyphaseFilter::GetSize(const PolyphaseDesign& design,
+                                         std::size_t& bytes) noexcept {
+  bytes = 0;
+  if (!IsWithinLimits(design)) return QVERR_BAD_STATE;
+  bytes = Bytes(Plan(design));
+  return QVERR_OK;
+}
+
+QVERRORCODE_TAG PolyphaseFilter::Initialise(const PolyphaseDesign& design,
+                                            const PolyphaseKernel* kernel) noexcept {
+  kernel_ = nullptr;
+  if (!IsWithinLimits(design)) return QVERR_BAD_STATE;
+  layout_ = Plan(design);
+  const FrequencyRatio& ratio = layout_.ratio;
+  inverse_ = InverseModulo(ratio.M(), ratio.L());
+
+  const double stretching =
+      std::max(1.0, static_cast<double>(ratio.M()) / static_cast<double>(ratio.L()));
+  const WindowedSinc sinc = {design.rollOff / stretching, design.kaiserBeta, layout_.half,
+                             layout_.phases};
+  CFTarray<double> response;
+  memory_.SetGrowth(1, 1, false, false);
+  if (!response.Resize(static_cast<std::size_t>(ImpulseResponseSize(sinc))) ||
+      !memory_.Resize(Bytes(layout_) / sizeof(float))) {
+    return QVERR_CREATE_FAILED;
+  }
+  void* aligned = memory_.Data();
+  std::size_t space = Bytes(layout_);
+  coefficients_ = static_cast<float*>(
+      std::align(kAlignment, layout_.Coefficients() * sizeof(float), aligned, space));
+  std::fill_n(coefficients_, layout_.Coefficients(), 0.0F);
+  ComputeImpulseResponse(sinc, response.Data());
+  if (layout_.isInterpolated) {
+    StoreRows(response.Data());
+  } else {
+    StoreGroups(response.Data());
+  }
+  kernel_ = kernel != nullptr ? kernel : PolyphaseKernels().front();
+  return QVERR_OK;
+}
+
+// Row i is the response at the distances i / phases from the input samples, from before H to -H.
+void PolyphaseFilter::StoreRows(const double* response) noexcept {
+  float* coefficient = coefficients_;
+  for (std::int64_t row = 0; row < layout_.rows; ++row) {
+    for (std::int64_t i = 0; i < 2 * layout_.half; ++i) {
+      const std::int64_t distance = (layout_.half - 1 - i) * layout_.phases + row;
+      coefficient[i] = static_cast<float>(response[std::abs(distance)]);
+    }
+    coefficient += layout_.steps * kStep;
+  }
+}
+
+void PolyphaseFilter::StoreGroups(const double* response) noexcept {
+  const std::int64_t l = layout_.ratio.L();
+  for (std::int64_t row = 0; row < layout_.rows; ++row) {
+    const std::int64_t group = row / kRows;
+    float* const coefficients =
+        coefficients_ + (group * layout_.steps * kRows + row % kRows) * kStep;
+    const std::int64_t phase = row * layout_.ratio.M() % l;
+    // In the window, the response's first place, and its distance from the output sample in 1/L.
+    std::int64_t place = layout_.RowSample(row) - layout_.half + 1 - layout_.WindowSample(group);
+    std::int64_t distance = (layout_.half - 1) * l + phase;
+    for (std::int64_t i = 0; i < 2 * layout_.half; ++i, ++place, distance -= l) {
+      coefficients[place / kStep * kRows * kStep + place % kStep] =
+          static_cast<float>(response[std::abs(distance)]);
+    }
+  }
+}
+
+std::size_t PolyphaseFilter::OutputCount(std::int64_t length, double time) const noexcept {
+  const InputPosition start = layout_.ratio.PositionAt(time);
+  return static_cast<std::size_t>(layout_.ratio.CountBefore(start, start.sample + length));
+}
+
+QVERRORCODE_TAG PolyphaseFilter::Process(const float* input, int length, double normalisation,
+                                         double& time, short* output,
+                                         std::size_t& count) const noexcept {
+  count = 0;
+  if (kernel_ == nullptr) return QVERR_BAD_STATE;
+  const FrequencyRatio& ratio = layout_.ratio;
+  const InputPosition start = ratio.PositionAt(time);
+  const std::int64_t made = ratio.CountBefore(start, start.sample + length);
+  if (made == 0) return QVERR_OK;
+  if (output != nullptr) {
+    const auto gain = static_cast<float>(normalisation);
+    if (layout_.isInterpolated) {
+      MakeFromRows({input, start, 0, made, gain, output});
+    } else {
+      MakeFromGroups({input, start, RowAt(start), made, gain, output});
+    }
+  }
+  time = ratio.TimeAt(ratio.Advanced(start, made));
+  count = static_cast<std::size_t>(made);
+  return QVERR_OK;
+}
+
+void PolyphaseFilter::MakeFromRows(const Pass& pass) const noexcept {
+  const FrequencyRatio& ratio = layout_.ratio;
+  const double rowsPerPhase = static_cast<double>(layout_.phases) / static_cast<double>(ratio.L());
+  PolyphaseBetween between = {};
+  between.steps = static_cast<std::size_t>(layout_.steps);
+  between.gain = pass.gain;
+  InputPosition position = pass.start;
+  for (std::int64_t i = 0; i < pass.count; ++i) {
+    const double place = static_cast<double>(position.phase) * rowsPerPhase;
+    const auto row = static_cast<std::int64_t>(place);
+    between.coefficients = coefficients_ + row * layout_.steps * kStep;
+    between.weight = static_cast<float>(place - static_cast<double>(row));
+    between.window = pass.input + (position.sample - layout_.half + 1);
+    pass.output[i] = kernel_->filterBetween(between);
+    position = ratio.Advanced(position, 1);
+  }
+}
+
+// The row that makes the sample at a position. Of repeated ones it is the one whose place in the
+// window suits the place in the input, which keeps loads aligned and the order of summing the same.
+std::int64_t PolyphaseFilter::RowAt(InputPosition position) const noexcept {
+  const std::int64_t l = layout_.ratio.L();
+  const std::int64_t first = position.phase * inverse_ % l;
+  if (!layout_.isAligned) return first;
+  for (std::int64_t row = first; row < layout_.rows; row += l) {
+    const std::int64_t begin = position.sample - layout_.RowSample(row);
+    if ((begin - layout_.half - 1) % kStep == 0) return row;
+  }
+  return first;
+}
+
+void PolyphaseFilter::MakeFromGroups(const Pass& pass) const noexcept {
+  const std::int64_t lastRow = pass.firstRow + pass.count - 1;
+  const std::int64_t firstGroup = pass.firstRow / kRows;
+  const std::int64_t lastGroup =
+      lastRow / layout_.rows * layout_.groups + lastRow % layout_.rows / kRows;
+  const std::int64_t touched = std::min(layout_.groups, lastGroup - firstGroup + 1);
+  for (std::int64_t i = 0; i < touched; ++i) {
+    MakeFromGroup(pass, (firstGroup + i) % layout_.groups);
+  }
+}
+
+// Goes through the periods in which the group makes samples: windows of which all rows are wanted
+// as one job, the others, at the ends, by themselves.
+void PolyphaseFilter::MakeFromGroup(const Pass& pass, std::int64_t group) const noexcept {
+  const std::int64_t row = group * kRows;
+  const std::int64_t rowCount = std::min(kRows, layout_.rows - row);
+  const std::int64_t origin = pass.start.sample - layout_.RowSample(pass.firstRow);
+  PolyphaseWindows windows = {};
+  windows.coefficients = coefficients_ + group * layout_.steps * kRows * kStep;
+  windows.steps = static_cast<std::size_t>(layout_.steps);
+  windows.windowDistance = static_cast<std::size_t>(layout_.period);
+  windows.gain = pass.gain;
+  windows.outputDistance = static_cast<std::size_t>(layout_.rows);
+
+  std::int64_t period = pass.firstRow < row + rowCount ? 0 : 1;
+  for (;;) {
+    const std::int64_t place = period * layout_.rows + row - pass.firstRow;  // in the output
+    if (place >= pass.count) break;
+    windows.window = pass.input + (origin + period * layout_.period + layout_.WindowSample(group));
+    const std::int64_t last = pass.count - kRows;
+    if (rowCount == kRows && place >= 0 && place <= last) {
+      const std::int64_t whole = (last - place) / layout_.rows + 1;
+      windows.count = static_cast<std::size_t>(whole);
+      windows.output = pass.output + place;
+      kernel_->filterWindows(windows);
+      period += whole;
+    } else {
+      short samples[kPolyphaseRows];
+      windows.count = 1;
+      windows.output = samples;
+      kernel_->filterWindows(windows);
+      const std::int64_t first = std::max<std::int64_t>(0, -place);
+      const std::int64_t end = std::min(rowCount, pass.count - place);
+      std::copy(samples + first, samples + end, pass.output + place + first);
+      ++period;
+    }
+  }
+}
+
+}  // namespace Quorvex

@@ -1,0 +1,56 @@
+// The multiply-add loops of the polyphase filter, once for each set of vector instructions.
+#pragma once
+
+#include <cstddef>
+#include <span>
+
+namespace Quorvex {
+
+/// Input samples are taken in steps of so many, and coefficients stand in memory in steps of as
+/// many, aligned to their size.
+inline constexpr std::size_t kPolyphaseStep = 8;
+
+/// So many output samples in succession are made from one window of the input.
+inline constexpr std::size_t kPolyphaseRows = 4;
+
+/// Windows of the input that are multiplied with the same coefficients:
+///
+///     output[w x outputDistance + r] = gain x sum over i of
+///         window[w x windowDistance + i] x coefficient (r, i)      rounded, clipped to 16 bits
+struct PolyphaseWindows {
+  const float* coefficients;  ///< [steps][kPolyphaseRows][kPolyphaseStep]
+  std::size_t steps;
+  const float* window;
+  std::size_t windowDistance;
+  std::size_t count;  ///< of windows
+  float gain;
+  short* output;  ///< kPolyphaseRows samples for each window
+  std::size_t outputDistance;
+};
+
+/// One window that is multiplied with two neighbouring rows of coefficients, the result lying
+/// between theirs.
+struct PolyphaseBetween {
+  const float* coefficients;  ///< [steps][kPolyphaseStep] of the one row, then of the other
+  std::size_t steps;
+  const float* window;
+  float weight;  ///< of the second row; the first has 1 - weight
+  float gain;
+};
+
+/// All kernels give the same samples within 1. Each gives a sample the same value whatever samples
+/// are made beside it.
+struct PolyphaseKernel {
+  const char* name;
+  bool (*isSupported)() noexcept;  ///< by this processor
+  void (*filterWindows)(const PolyphaseWindows& windows) noexcept;
+  short (*filterBetween)(const PolyphaseBetween& between) noexcept;
+};
+
+/// Every kernel that this processor runs, the fastest first.
+std::span<const PolyphaseKernel* const> PolyphaseKernels() noexcept;
+
+/// The kernels of this build besides the plain one, the fastest first.
+std::span<const PolyphaseKernel* const> PolyphaseVectorKernels() noexcept;
+
+}  // namespace Quorvex

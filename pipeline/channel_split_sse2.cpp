@@ -4,6 +4,7 @@
 #include <emmintrin.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "pipeline/channel_split.h"
 
@@ -46,8 +47,10 @@ std::size_t SplitStereo(const short* input, std::size_t frames, float* const* ou
 
 // Pairs of neighbouring channels in the lanes of four frames, for 3 to 8 channels: a load takes the
 // beginning of the next frame along, so the last frames are left.
+template <std::size_t... kChannel>
 std::size_t SplitWide(const short* input, std::size_t frames, std::size_t stride,
-                      std::size_t channels, float* const* outputs) {
+                      float* const* outputs, std::index_sequence<kChannel...>) {
+  float* const output[] = {outputs[kChannel]...};
   const std::size_t tail = (kLanes + stride - 1) / stride;
   std::size_t done = 0;
   for (; done + 4 + tail <= frames; done += 4) {
@@ -63,10 +66,9 @@ std::size_t SplitWide(const short* input, std::size_t frames, std::size_t stride
     const __m128i pairs[kLanes / 2] = {
         _mm_unpacklo_epi64(abLow, cdLow), _mm_unpackhi_epi64(abLow, cdLow),
         _mm_unpacklo_epi64(abHigh, cdHigh), _mm_unpackhi_epi64(abHigh, cdHigh)};
-    for (std::size_t channel = 0; channel < channels; ++channel) {
-      const __m128i pair = pairs[channel / 2];
-      StoreAsFloats(channel % 2 == 0 ? Lower(pair) : Upper(pair), outputs[channel] + done);
-    }
+    (StoreAsFloats(kChannel % 2 == 0 ? Lower(pairs[kChannel / 2]) : Upper(pairs[kChannel / 2]),
+                   output[kChannel] + done),
+     ...);
   }
   return done;
 }
@@ -123,7 +125,16 @@ std::size_t SplitChannelsVector(const short* input, std::size_t frames, std::siz
   if (channels == 0 || stride > kLanes) return 0;
   if (stride == 1) return SplitMono(input, frames, outputs[0]);
   if (stride == 2 && channels == 2) return SplitStereo(input, frames, outputs);
-  return SplitWide(input, frames, stride, channels, outputs);
+  switch (channels) {
+    case 1: return SplitWide(input, frames, stride, outputs, std::make_index_sequence<1>());
+    case 2: return SplitWide(input, frames, stride, outputs, std::make_index_sequence<2>());
+    case 3: return SplitWide(input, frames, stride, outputs, std::make_index_sequence<3>());
+    case 4: return SplitWide(input, frames, stride, outputs, std::make_index_sequence<4>());
+    case 5: return SplitWide(input, frames, stride, outputs, std::make_index_sequence<5>());
+    case 6: return SplitWide(input, frames, stride, outputs, std::make_index_sequence<6>());
+    case 7: return SplitWide(input, frames, stride, outputs, std::make_index_sequence<7>());
+    default: return SplitWide(input, frames, stride, outputs, std::make_index_sequence<8>());
+  }
 }
 
 std::size_t JoinChannelsVector(const short* const* inputs, std::size_t channels, std::size_t frames,

@@ -51,9 +51,8 @@ struct PolyphaseDesign {
 /// There is a row for each of the L phases, or a multiple of them: where L is small they are
 /// repeated until rows come in whole groups and all windows begin at multiples of kPolyphaseStep.
 ///
-/// Where that would take more than kMostBytes (frequencies such as 44,101 and 16,000 Hz), `phases`
-/// of them are stored for each input sample, one row each, and an output sample lies between those
-/// of two.
+/// Where that would take more than kMostBytes (frequencies such as 44,101 and 16,000 Hz), fewer
+/// phases are stored, one row each, and an output sample is interpolated between those of four.
 struct PolyphaseLayout {
   static constexpr std::size_t kMostBytes = std::size_t{512} * 1024;
 
@@ -61,7 +60,7 @@ struct PolyphaseLayout {
   bool isInterpolated = false;
   std::int64_t half = 0;    ///< H
   std::int64_t phases = 0;  ///< stored for each input sample
-  std::int64_t rows = 0;    ///< until the pattern begins again; when interpolated phases + 1
+  std::int64_t rows = 0;    ///< until the pattern begins again; when interpolated all
   std::int64_t period = 0;  ///< input samples until it does
   std::int64_t groups = 0;
   std::int64_t steps = 0;  ///< in a window

@@ -1,6 +1,7 @@
 // The multiply-add loops of the polyphase filter, once for each set of vector instructions.
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <span>
 
@@ -28,14 +29,14 @@ struct PolyphaseWindows {
   std::size_t outputDistance;
 };
 
-/// One window that is multiplied with two neighbouring rows of coefficients, the result lying
-/// between theirs.
+/// One window that is multiplied with neighbouring rows of coefficients:
+///
+///     sum over r and i of weights[r] x window[i] x coefficient (r, i)     rounded, clipped
 struct PolyphaseBetween {
-  const float* coefficients;  ///< [steps][kPolyphaseStep] of the one row, then of the other
+  const float* coefficients;  ///< [kPolyphaseRows][steps x kPolyphaseStep]
   std::size_t steps;
   const float* window;
-  float weight;  ///< of the second row; the first has 1 - weight
-  float gain;
+  std::array<float, kPolyphaseRows> weights;
 };
 
 /// All kernels give the same samples within 1. Each gives a sample the same value whatever samples

@@ -12,11 +12,11 @@ struct AVX2Vector {
   static constexpr std::size_t kLanes = 8;
   static constexpr std::size_t kMostWindows = 3;
 
-  static AVX2Vector Zero() { return {_mm256_setzero_ps()}; }
   static AVX2Vector Load(const float* values) { return {_mm256_loadu_ps(values)}; }
   static AVX2Vector MultiplyAdd(AVX2Vector a, AVX2Vector b, AVX2Vector sum) {
     return {_mm256_fmadd_ps(a.lanes, b.lanes, sum.lanes)};
   }
+  static AVX2Vector Broadcast(float value) { return {_mm256_set1_ps(value)}; }
   static float Sum(AVX2Vector v) {
     const __m128 four =
         _mm_add_ps(_mm256_castps256_ps128(v.lanes), _mm256_extractf128_ps(v.lanes, 1));
@@ -27,7 +27,7 @@ struct AVX2Vector {
     const __m128i whole = _mm_cvtps_epi32(_mm_set_ss(value));
     return static_cast<short>(_mm_cvtsi128_si32(_mm_packs_epi32(whole, whole)));
   }
-  static void Store(const AVX2Vector (&sums)[kPolyphaseRows], float gain, short* output) {
+  static void Store(const PolyphaseSums<AVX2Vector>& sums, float gain, short* output) {
     const __m256 ab = _mm256_hadd_ps(sums[0].lanes, sums[1].lanes);
     const __m256 cd = _mm256_hadd_ps(sums[2].lanes, sums[3].lanes);
     const __m256 halves = _mm256_hadd_ps(ab, cd);
@@ -37,7 +37,7 @@ struct AVX2Vector {
     _mm_storel_epi64(reinterpret_cast<__m128i*>(output), _mm_packs_epi32(whole, whole));
   }
 
-  __m256 lanes;
+  __m256 lanes = {};
 };
 
 bool IsSupported() noexcept {

@@ -13,7 +13,6 @@ struct PlainVector {
   static constexpr std::size_t kLanes = 4;
   static constexpr std::size_t kMostWindows = 2;
 
-  static PlainVector Zero() { return {}; }
   static PlainVector Load(const float* values) {
     return {{values[0], values[1], values[2], values[3]}};
   }
@@ -21,18 +20,19 @@ struct PlainVector {
     for (std::size_t i = 0; i < kLanes; ++i) sum.lanes[i] += a.lanes[i] * b.lanes[i];
     return sum;
   }
+  static PlainVector Broadcast(float value) { return {{value, value, value, value}}; }
   static float Sum(const PlainVector& v) {
     return (v.lanes[0] + v.lanes[1]) + (v.lanes[2] + v.lanes[3]);
   }
   static short Round(float value) {
     return static_cast<short>(std::lrint(std::clamp(value, -32'768.0F, 32'767.0F)));
   }
-  static void Store(const PlainVector (&sums)[kPolyphaseRows], float gain, short* output) {
+  static void Store(const PolyphaseSums<PlainVector>& sums, float gain, short* output) {
     for (std::size_t row = 0; row < kPolyphaseRows; ++row)
       output[row] = Round(Sum(sums[row]) * gain);
   }
 
-  std::array<float, kLanes> lanes;
+  std::array<float, kLanes> lanes = {};
 };
 
 constexpr PolyphaseKernel kPlain = {"plain", []() noexcept { return true; },

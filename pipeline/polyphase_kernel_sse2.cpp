@@ -13,11 +13,11 @@ struct SSE2Vector {
   static constexpr std::size_t kLanes = 4;
   static constexpr std::size_t kMostWindows = 2;
 
-  static SSE2Vector Zero() { return {_mm_setzero_ps()}; }
   static SSE2Vector Load(const float* values) { return {_mm_loadu_ps(values)}; }
   static SSE2Vector MultiplyAdd(SSE2Vector a, SSE2Vector b, SSE2Vector sum) {
     return {_mm_add_ps(_mm_mul_ps(a.lanes, b.lanes), sum.lanes)};
   }
+  static SSE2Vector Broadcast(float value) { return {_mm_set1_ps(value)}; }
   static float Sum(SSE2Vector v) {
     const __m128 pairs = _mm_add_ps(v.lanes, _mm_movehl_ps(v.lanes, v.lanes));
     return _mm_cvtss_f32(_mm_add_ss(pairs, _mm_shuffle_ps(pairs, pairs, 1)));
@@ -26,7 +26,7 @@ struct SSE2Vector {
     const __m128i whole = _mm_cvtps_epi32(_mm_set_ss(value));
     return static_cast<short>(_mm_cvtsi128_si32(_mm_packs_epi32(whole, whole)));
   }
-  static void Store(const SSE2Vector (&sums)[kPolyphaseRows], float gain, short* output) {
+  static void Store(const PolyphaseSums<SSE2Vector>& sums, float gain, short* output) {
     __m128 a = sums[0].lanes;
     __m128 b = sums[1].lanes;
     __m128 c = sums[2].lanes;
@@ -37,7 +37,7 @@ struct SSE2Vector {
     _mm_storel_epi64(reinterpret_cast<__m128i*>(output), _mm_packs_epi32(whole, whole));
   }
 
-  __m128 lanes;
+  __m128 lanes = {};
 };
 
 }  // namespace

@@ -3,8 +3,7 @@
 
 namespace Quorvex {
 
-std::size_t SplitChannelsVector(const short*, std::size_t, std::size_t, std::size_t,
-                                float* const*) noexcept {
+std::size_t SplitChannelsVector(const short*, std::size_t, std::size_t, float* const*) noexcept {
   return 0;
 }
 

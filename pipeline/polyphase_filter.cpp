@@ -90,7 +90,7 @@ PolyphaseLayout Plan(const PolyphaseDesign& design) {
   layout.isInterpolated = true;
   layout.phases = static_cast<std::int64_t>(std::ceil(kStoredPhases / stretching));
   layout.rows = layout.phases + kRows - 1;  // those of the places -1 to phases + 1
-  layout.steps = DividedUp(design.length, kStep);
+  layout.steps = 2 * DividedUp(design.length, 2 * kStep);
   return layout;
 }
 
@@ -200,8 +200,8 @@ std::size_t PolyphaseFilter::OutputCount(std::int64_t length, double time) const
   return static_cast<std::size_t>(layout_.ratio.CountBefore(start, start.sample + length));
 }
 
-QVERRORCODE_TAG PolyphaseFilter::Process(const float* input, int length, double normalisation,
-                                         double& time, short* output,
+QVERRORCODE_TAG PolyphaseFilter::Process(const float* input, std::int64_t length,
+                                         double normalisation, double& time, short* output,
                                          std::size_t& count) const noexcept {
   count = 0;
   if (kernel_ == nullptr) return QVERR_BAD_STATE;

@@ -100,18 +100,17 @@ class PolyphaseFilter {
   /// not depend, not even in the rounding, on how it is cut into passes.
   /// @param input   samples in 16-bit scale, with kMargin more on either side. Loading them is
   ///                fastest where the one at the time H + 1 is aligned to kPolyphaseStep floats.
-  /// @param length  in input samples; 0 and less make nothing.
+  /// @param length  in input samples, below 2^31; 0 and less make nothing.
   /// @param normalisation  the gain at 0 Hz.
   /// @param time    in input samples from the beginning of `input`; receives the time of the next
   ///                output sample.
   /// @param output  receives the samples, rounded and clipped; null only advances the time.
   /// @param count   receives the number of output samples: OutputCount(length, time).
   /// @return QVERR_OK; QVERR_BAD_STATE without a filter.
-  QVERRORCODE_TAG Process(const float* input, int length, double normalisation, double& time,
-                          short* output, std::size_t& count) const noexcept;
+  QVERRORCODE_TAG Process(const float* input, std::int64_t length, double normalisation,
+                          double& time, short* output, std::size_t& count) const noexcept;
 
   /// How many samples Process makes.
-  /// @param length  below 2^31.
   std::size_t OutputCount(std::int64_t length, double time) const noexcept;
 
   /// H, in input samples; 0 without a filter.

@@ -34,7 +34,7 @@ struct PolyphaseWindows {
 ///     sum over r and i of weights[r] x window[i] x coefficient (r, i)     rounded, clipped
 struct PolyphaseBetween {
   const float* coefficients;  ///< [kPolyphaseRows][steps x kPolyphaseStep]
-  std::size_t steps;
+  std::size_t steps;          ///< even
   const float* window;
   std::array<float, kPolyphaseRows> weights;
 };

@@ -46,8 +46,8 @@ const PolyphaseKernel kPolyphaseSSE2 = {"SSE2", []() noexcept { return true; },
                                         FilterWindows<SSE2Vector>, FilterBetween<SSE2Vector>};
 
 std::span<const PolyphaseKernel* const> PolyphaseVectorKernels() noexcept {
-  static constexpr std::array<const PolyphaseKernel*, 2> kKernels = {&kPolyphaseAVX2,
-                                                                     &kPolyphaseSSE2};
+  static constexpr std::array<const PolyphaseKernel*, 3> kKernels = {
+      &kPolyphaseAVX512, &kPolyphaseAVX2, &kPolyphaseSSE2};
   return kKernels;
 }
 

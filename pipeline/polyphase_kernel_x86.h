@@ -7,5 +7,6 @@ namespace Quorvex {
 
 extern const PolyphaseKernel kPolyphaseSSE2;
 extern const PolyphaseKernel kPolyphaseAVX2;
+extern const PolyphaseKernel kPolyphaseAVX512;
 
 }  // namespace Quorvex

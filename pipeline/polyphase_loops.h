@@ -66,7 +66,7 @@ template <class Vector, std::size_t... kRow>
 short FilterBetweenRows(const PolyphaseBetween& between, std::index_sequence<kRow...>) noexcept {
   // Sums of even and of odd vectors, since a multiply-add waits for the one before.
   constexpr std::size_t kTurn = 2 * Vector::kLanes;
-  static_assert(kPolyphaseStep % kTurn == 0 || kPolyphaseStep == Vector::kLanes);
+  static_assert(2 * kPolyphaseStep % Vector::kLanes == 0);
   const std::size_t length = between.steps * kPolyphaseStep;
   Vector even[] = {(static_cast<void>(kRow), Vector{})...};
   Vector odd[] = {(static_cast<void>(kRow), Vector{})...};

@@ -1,11 +1,11 @@
-// The resampling accessor. A read takes one block of the source apart into the channels' buffers,
-// as much as fits at a time, lets each channel's filter run, and interleaves what they made. All
-// channels are always at the same place of the stream.
+// The resampling accessor. A read takes a block of the source apart into the channels' buffers, as
+// much as fits them at a time, lets each channel's filter run, and appends what they made,
+// interleaved, to the block that it hands out. All channels are always at the same place of the
+// stream.
 #include <MediaAccessor/resampling_media_accessor.h>
 
 #include <algorithm>
 #include <limits>
-#include <span>
 #include <string>
 #include <string_view>
 
@@ -22,6 +22,11 @@ namespace Quorvex {
 namespace {
 
 constexpr std::wstring_view kWithoutSource = L"No source.";
+
+constexpr double kPassOutput = 4096;  // frames
+
+// No more input than this is made room for at once.
+constexpr std::size_t kMostReserved = std::size_t{1} << 20;
 
 // A frequency that does not fit is as good as unknown.
 int ToInt(unsigned long value) {
@@ -49,17 +54,20 @@ class ResamplingMediaAccessorImpl final : public ResamplingMediaAccessor, public
   QVERRORCODE_TAG SetUpResamplers(int inputFrequency);
   void Take(const short* samples, std::size_t frames, std::size_t channels);
   void TakeApart(const short* samples, std::size_t frames, std::size_t channels);
-  void HandOut(const short*& samples, unsigned long& frames, std::size_t channels);
-  void Interleave(std::size_t frames, std::size_t channels);
+  template <class Make>
+  void Append(std::size_t frames, std::size_t channels, const Make& make);
+  void Join(std::size_t frames, std::size_t channels, short* output) const;
 
   int outputFrequency_ = 0;           // Hz
   unsigned long channels_ = 0;        // of the source when the stream began
   QVERRORCODE_TAG setUp_ = QVERR_OK;  // why there are no resamplers
   PolyphaseFilter filter_;
   CFTarray<SingleChannelResampler> resamplers_;
-  CFTarray<float*> inputs_;         // where each resampler's next input goes
-  CFTarray<const short*> outputs_;  // of the resamplers
-  CFTarray<short> output_;          // the block, where it has several channels
+  std::size_t passInput_ = 0;  // so many frames are taken at a time, where the buffers hold them
+  CFTarray<short> planar_;     // what the channels made, apart
+  CFTarray<const short*> planes_;  // each channel's part of it
+  CFTarray<float*> inputs_;        // where each channel's next input goes
+  CFTarray<short> output_;         // the block
 };
 
 QVERRORCODE_TAG ResamplingMediaAccessorImpl::SetSource(CMediaAccessor* source) {
@@ -89,10 +97,20 @@ void ResamplingMediaAccessorImpl::BeginStream() {
 QVERRORCODE_TAG ResamplingMediaAccessorImpl::SetUpResamplers(int inputFrequency) {
   const QVERRORCODE_TAG result = InitialiseResampling(filter_, inputFrequency, outputFrequency_);
   if (result != QVERR_OK) return result;
-  if (!resamplers_.Resize(channels_) || !inputs_.Resize(channels_) || !outputs_.Resize(channels_)) {
+  if (!resamplers_.Resize(channels_) || !inputs_.Resize(channels_) || !planes_.Resize(channels_)) {
     return QVERR_CREATE_FAILED;
   }
+  // What one pass makes stays in the first-level cache until it is interleaved.
+  const double factor = static_cast<double>(outputFrequency_) / inputFrequency;
+  passInput_ = static_cast<std::size_t>(std::max(1.0, kPassOutput / factor));
+  const std::size_t most = std::max(passInput_, static_cast<std::size_t>(filter_.Half()) + 1);
+  const auto plane =
+      static_cast<std::size_t>(
+          static_cast<double>(std::min(most, SingleChannelResampler::kCapacity)) * factor) +
+      2;
+  if (!planar_.Resize(channels_ * plane)) return QVERR_CREATE_FAILED;
   for (unsigned long channel = 0; channel < channels_; ++channel) {
+    planes_[channel] = planar_.Data() + channel * plane;
     if (resamplers_[channel].Initialise(filter_) != QVERR_OK) return QVERR_CREATE_FAILED;
   }
   return QVERR_OK;
@@ -115,7 +133,8 @@ QVERRORCODE_TAG ResamplingMediaAccessorImpl::ReadBlock(const short*& samples, un
       if (setUp_ != QVERR_OK) return setUp_;
       if (channels == 0 || resamplers_.IsEmpty()) return QVERR_OK;
       Take(block, taken, channels);
-      HandOut(samples, frames, channels);
+      frames = static_cast<unsigned long>(output_.Count() / channels);
+      if (frames > 0) samples = output_.Data();
       // 0 frames are the end of a stream, so a block too short to give any is not the last word.
     } while (frames == 0 && taken > 0);
     return QVERR_OK;
@@ -124,18 +143,21 @@ QVERRORCODE_TAG ResamplingMediaAccessorImpl::ReadBlock(const short*& samples, un
 
 void ResamplingMediaAccessorImpl::Take(const short* samples, std::size_t frames,
                                        std::size_t channels) {
-  const std::span resamplers(resamplers_.Data(), resamplers_.Count());
-  for (SingleChannelResampler& resampler : resamplers) resampler.BeginOutput(frames);
+  SingleChannelResampler& first = resamplers_[0];
+  output_.Clear();
   if (frames == 0) {
-    for (SingleChannelResampler& resampler : resamplers) resampler.Flush();
+    Append(first.TailCount(), channels,
+           [](SingleChannelResampler& resampler, short* output) { resampler.Flush(output); });
+    return;
   }
+  output_.Reserve(first.OutputCount(std::min(frames, kMostReserved)) * channels);
   while (frames > 0) {
-    const std::size_t fitting = std::min(frames, resamplers.front().Room());
+    const std::size_t fitting = std::min({frames, first.Room(), passInput_});
     TakeApart(samples, fitting, channels);
-    for (SingleChannelResampler& resampler : resamplers) {
-      resampler.Advance(fitting);
-      resampler.Run();
-    }
+    Append(first.OutputCount(fitting), channels,
+           [fitting](SingleChannelResampler& resampler, short* output) {
+             resampler.Run(fitting, output);
+           });
     samples += fitting * channels;
     frames -= fitting;
   }
@@ -146,45 +168,43 @@ void ResamplingMediaAccessorImpl::TakeApart(const short* samples, std::size_t fr
                                             std::size_t channels) {
   const std::size_t count = resamplers_.Count();
   for (std::size_t c = 0; c < count; ++c) inputs_[c] = resamplers_[c].End();
-  SplitChannels(samples, frames, channels, std::min(channels, count), inputs_.Data());
-  for (std::size_t c = channels; c < count; ++c) std::fill_n(inputs_[c], frames, 0.0F);
-}
-
-void ResamplingMediaAccessorImpl::HandOut(const short*& samples, unsigned long& frames,
-                                          std::size_t channels) {
-  const std::span resamplers(resamplers_.Data(), resamplers_.Count());
-  const auto filled =
-      std::find_if(resamplers.begin(), resamplers.end(),
-                   [](const SingleChannelResampler& each) { return !each.Output().IsEmpty(); });
-  if (filled == resamplers.end()) return;
-  const std::size_t count = filled->Output().Count();
-  if (channels == 1 && filled == resamplers.begin()) {
-    samples = filled->Output().Data();  // as it stands
-  } else {
-    if (!output_.Resize(count * channels)) return;
-    Interleave(count, channels);
-    samples = output_.Data();
-  }
-  frames = static_cast<unsigned long>(count);
-}
-
-// Channels that the source did not have when the stream began are silent, and so is what memory
-// could not hold.
-void ResamplingMediaAccessorImpl::Interleave(std::size_t frames, std::size_t channels) {
-  const std::size_t count = std::min(channels, resamplers_.Count());
-  bool isWhole = count == channels;
-  for (std::size_t c = 0; c < count; ++c) {
-    outputs_[c] = resamplers_[c].Output().Data();
-    isWhole = isWhole && resamplers_[c].Output().Count() == frames;
-  }
-  if (isWhole) {
-    JoinChannels(outputs_.Data(), channels, frames, output_.Data());
+  if (channels == count) {
+    SplitChannels(samples, frames, channels, inputs_.Data());
     return;
   }
-  std::fill_n(output_.Data(), frames * channels, short{0});
   for (std::size_t c = 0; c < count; ++c) {
-    const std::size_t there = std::min(frames, resamplers_[c].Output().Count());
-    for (std::size_t f = 0; f < there; ++f) output_[f * channels + c] = outputs_[c][f];
+    for (std::size_t f = 0; f < frames; ++f) {
+      inputs_[c][f] = c < channels ? samples[f * channels + c] : 0.0F;
+    }
+  }
+}
+
+// Lets every channel make `frames` samples. Where there is no memory for them they are dropped.
+template <class Make>
+void ResamplingMediaAccessorImpl::Append(std::size_t frames, std::size_t channels,
+                                         const Make& make) {
+  const std::size_t before = output_.Count();
+  const bool isDropped = !output_.Resize(before + frames * channels);
+  short* const output = isDropped ? nullptr : output_.Data() + before;
+  const std::size_t plane = planar_.Count() / resamplers_.Count();
+  for (std::size_t c = 0; c < resamplers_.Count(); ++c) {
+    short* const made = channels == 1 ? output : planar_.Data() + c * plane;
+    make(resamplers_[c], isDropped || c >= channels ? nullptr : made);
+  }
+  if (!isDropped && channels > 1) Join(frames, channels, output);
+}
+
+// Channels that the source did not have when the stream began are silent.
+void ResamplingMediaAccessorImpl::Join(std::size_t frames, std::size_t channels,
+                                       short* output) const {
+  const std::size_t count = resamplers_.Count();
+  if (channels == count) {
+    JoinChannels(planes_.Data(), channels, frames, output);
+    return;
+  }
+  std::fill_n(output, frames * channels, short{0});
+  for (std::size_t c = 0; c < std::min(channels, count); ++c) {
+    for (std::size_t f = 0; f < frames; ++f) output[f * channels + c] = planes_[c][f];
   }
 }
 

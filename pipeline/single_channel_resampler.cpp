@@ -3,24 +3,15 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstdint>
 #include <memory>
 
 namespace Quorvex {
 namespace {
 
-constexpr int kBufferSamples = 4000;
 constexpr double kRollOff = 0.95;
 constexpr double kKaiserBeta = 9.0;
-constexpr double kNormalisation = 0.98;  // keeps the overshoot of loud passages from clipping
+constexpr double kNormalisation = 0.98;  // leaves room for what filtering adds to loud passages
 constexpr double kZeroCrossings = 32;    // on either side, of the lower of the two frequencies
-
-// Samples are moved out in multiples of the filter's step, so up to a step more of them stay.
-constexpr auto kStep = static_cast<int>(kPolyphaseStep);
-constexpr int kCapacity = kBufferSamples + kStep;
-
-// No more input than this is made room for at once.
-constexpr std::size_t kMostReserved = std::size_t{1} << 20;
 
 }  // namespace
 
@@ -29,8 +20,8 @@ QVERRORCODE_TAG InitialiseResampling(PolyphaseFilter& filter, int inputFrequency
   if (inputFrequency < 1 || outputFrequency < 1) return QVERR_BAD_STATE;
   const double factor = static_cast<double>(outputFrequency) / inputFrequency;
   const double history = 1 + std::trunc(kZeroCrossings * std::max(1.0, 1.0 / factor));
-  // A pass keeps twice the history, so that nothing would ever be consumed.
-  if (2 * history >= kBufferSamples) return QVERR_BAD_STATE;
+  // A pass keeps twice the history: of a buffer that is no longer it would never consume anything.
+  if (2 * history >= SingleChannelResampler::kBufferSamples) return QVERR_BAD_STATE;
   PolyphaseDesign design;
   design.inputFrequency = inputFrequency;
   design.outputFrequency = outputFrequency;
@@ -45,64 +36,50 @@ QVERRORCODE_TAG SingleChannelResampler::Initialise(const PolyphaseFilter& filter
   constexpr std::size_t kMargin = PolyphaseFilter::kMargin;
   constexpr std::size_t kAlignment = kPolyphaseStep * sizeof(float);
   filter_ = &filter;
-  history_ = static_cast<int>(filter.Half()) + 1;
+  history_ = static_cast<std::size_t>(filter.Half()) + 1;
   filled_ = history_;
-  time_ = history_;
-  const auto history = static_cast<std::size_t>(history_);
-  // `history` once more for the silence after the end.
-  const std::size_t after = kCapacity + history + kMargin;
+  time_ = static_cast<double>(history_);
+  // From the first sample of the stream, which is aligned, to the end; with room for the silence.
+  const std::size_t stream = kCapacity + kMargin;
   memory_.SetGrowth(1, 1, false, false);
-  if (!memory_.Resize(kMargin + history + after + kPolyphaseStep)) return QVERR_CREATE_FAILED;
+  if (!memory_.Resize(kMargin + history_ + stream + kPolyphaseStep)) return QVERR_CREATE_FAILED;
   std::fill_n(memory_.Data(), memory_.Count(), 0.0F);
-  void* begin = memory_.Data() + kMargin + history;
-  std::size_t space = (after + kPolyphaseStep) * sizeof(float);
+  void* first = memory_.Data() + kMargin + history_;
+  std::size_t space = (stream + kPolyphaseStep) * sizeof(float);
   input_ =
-      static_cast<float*>(std::align(kAlignment, after * sizeof(float), begin, space)) - history;
+      static_cast<float*>(std::align(kAlignment, stream * sizeof(float), first, space)) - history_;
   return QVERR_OK;
 }
 
-std::size_t SingleChannelResampler::Room() const noexcept {
-  return static_cast<std::size_t>(kCapacity - filled_);
+// How far the filter can go: to where the history on both sides of an output sample ends.
+std::int64_t SingleChannelResampler::Length(std::size_t filled) const noexcept {
+  return static_cast<std::int64_t>(filled) - static_cast<std::int64_t>(time_) -
+         static_cast<std::int64_t>(history_);
 }
 
-float* SingleChannelResampler::End() noexcept { return input_ + filled_; }
-
-void SingleChannelResampler::Advance(std::size_t samples) noexcept {
-  filled_ += static_cast<int>(samples);
+std::size_t SingleChannelResampler::OutputCount(std::size_t samples) const noexcept {
+  return filter_->OutputCount(Length(filled_ + samples), time_);
 }
 
-void SingleChannelResampler::BeginOutput(std::size_t samples) noexcept {
-  output_.Clear();
-  const auto length = static_cast<std::int64_t>(std::min(samples, kMostReserved));
-  output_.Reserve(filter_->OutputCount(length + ReadyLength(), time_));
-}
-
-// How far beyond the time the history of an output sample is there on both sides.
-int SingleChannelResampler::ReadyLength() const noexcept {
-  return filled_ - static_cast<int>(time_) - history_;
-}
-
-void SingleChannelResampler::Run() noexcept {
-  Filter(ReadyLength());
-  const int consumed = (static_cast<int>(time_ + 0.5) - history_) / kStep * kStep;
-  if (consumed <= 0) return;
+void SingleChannelResampler::Run(std::size_t samples, short* output) noexcept {
+  filled_ += samples;
+  std::size_t count = 0;
+  filter_->Process(input_, Length(filled_), kNormalisation, time_, output, count);
+  const auto kept = static_cast<std::size_t>(time_ + 0.5) - history_;
+  const std::size_t consumed = kept / kPolyphaseStep * kPolyphaseStep;
   std::copy(input_ + consumed, input_ + filled_, input_);
   filled_ -= consumed;
-  time_ -= consumed;
+  time_ -= static_cast<double>(consumed);
 }
 
-void SingleChannelResampler::Flush() noexcept {
+std::size_t SingleChannelResampler::TailCount() const noexcept {
+  return filter_->OutputCount(Length(filled_ + history_), time_);
+}
+
+void SingleChannelResampler::Flush(short* output) noexcept {
   std::fill_n(End(), history_, 0.0F);
-  output_.Clear();
-  Filter(filled_ - static_cast<int>(time_));
-}
-
-void SingleChannelResampler::Filter(int length) noexcept {
-  std::size_t count = filter_->OutputCount(length, time_);
-  const std::size_t before = output_.Count();
-  const bool hasRoom = output_.Resize(before + count);
-  filter_->Process(input_, length, kNormalisation, time_,
-                   hasRoom ? output_.Data() + before : nullptr, count);
+  std::size_t count = 0;
+  filter_->Process(input_, Length(filled_ + history_), kNormalisation, time_, output, count);
 }
 
 }  // namespace Quorvex

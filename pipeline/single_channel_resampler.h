@@ -16,48 +16,51 @@ namespace Quorvex {
 QVERRORCODE_TAG InitialiseResampling(PolyphaseFilter& filter, int inputFrequency,
                                      int outputFrequency) noexcept;
 
-/// The buffer of a channel:
+/// One channel. Its buffer:
 ///
 ///     margin | history | samples of the stream ...       | room | silence | margin
-///            0         time                       filled_   4000
+///            0         time                       filled_
 ///
 /// The stream begins on `history` zeros, at the time `history`. After each pass of the filter the
 /// samples that are not needed again are moved out.
 class SingleChannelResampler {
  public:
+  static constexpr std::size_t kBufferSamples = 4000;
+  /// Samples are moved out in multiples of the filter's step, so up to a step more of them stay.
+  static constexpr std::size_t kCapacity = kBufferSamples + kPolyphaseStep;
+
   /// Begins a stream.
   /// @param filter  not owned; shared by all channels.
   /// @return QVERR_OK; QVERR_CREATE_FAILED when memory runs out.
   QVERRORCODE_TAG Initialise(const PolyphaseFilter& filter) noexcept;
 
-  /// For how many input samples there is room. After a pass it is never 0.
-  std::size_t Room() const noexcept;
-  /// Where they go. Advance says how many went there.
-  float* End() noexcept;
-  void Advance(std::size_t samples) noexcept;
+  /// For how many input samples there is room: at least one, after a pass.
+  std::size_t Room() const noexcept { return kCapacity - filled_; }
+  /// Where they go.
+  float* End() noexcept { return input_ + filled_; }
 
-  /// Empties the output and makes room in it for what `samples` more of input give.
-  void BeginOutput(std::size_t samples) noexcept;
-  /// Appends to the output what can be made of the input. Where there is no memory for it, it is
-  /// dropped.
-  void Run() noexcept;
-  /// Makes the output what silence after the stream's end gives: the tail. The input stays as it
-  /// is, and the time goes on, so that a second tail is empty and more input may follow.
-  void Flush() noexcept;
+  /// How many output samples a pass makes when so many more input samples have come.
+  std::size_t OutputCount(std::size_t samples) const noexcept;
+  /// Takes `samples` that stand at the end, and makes what can be made.
+  /// @param output  receives OutputCount(samples) samples; null drops them.
+  void Run(std::size_t samples, short* output) noexcept;
 
-  const CFTarray<short>& Output() const noexcept { return output_; }
+  /// How many output samples silence after the stream's end gives.
+  std::size_t TailCount() const noexcept;
+  /// Makes them. The input stays as it is and the time goes on, so that a second tail is empty and
+  /// more input may follow.
+  /// @param output  receives TailCount() samples; null drops them.
+  void Flush(short* output) noexcept;
 
  private:
-  int ReadyLength() const noexcept;
-  void Filter(int length) noexcept;
+  std::int64_t Length(std::size_t filled) const noexcept;
 
   const PolyphaseFilter* filter_ = nullptr;
-  int history_ = 0;  // samples kept before the filter's position
-  int filled_ = 0;
+  std::size_t history_ = 0;  // samples kept before the filter's position
+  std::size_t filled_ = 0;
   double time_ = 0;  // of the next output sample, in input samples from the buffer's beginning
   CFTarray<float> memory_;
-  float* input_ = nullptr;  // the buffer's beginning in memory_
-  CFTarray<short> output_;
+  float* input_ = nullptr;  // the buffer's beginning, in memory_
 };
 
 }  // namespace Quorvex

@@ -14,7 +14,8 @@ struct InputPosition {
   std::int64_t phase = 0;  ///< 0 to L - 1
 };
 
-/// An output sample comes every M / L input samples. Positions and lengths must be below 2^31.
+/// An output sample comes every M / L input samples. Positions and lengths must be below 2^31, and
+/// positions that become times and positions again below 2^20.
 class FrequencyRatio {
  public:
   FrequencyRatio() = default;
@@ -29,8 +30,8 @@ class FrequencyRatio {
   std::int64_t L() const { return l_; }
   std::int64_t M() const { return m_; }
 
-  /// The position at a time in input samples: exact for a time that TimeAt gave, however many
-  /// times it went to and fro, since a phase is not finer than 2^-31 and a double holds 2^-52.
+  /// The position at a time in input samples: the very one that TimeAt had, since a phase is not
+  /// finer than 2^-31.
   InputPosition PositionAt(double time) const {
     const double whole = std::floor(time);
     const auto sample = static_cast<std::int64_t>(whole);

@@ -47,9 +47,16 @@ bool IsWithinLimits(const PolyphaseDesign& design) {
   return design.inputFrequency >= 1 && design.outputFrequency >= 1 &&
          design.outputFrequency <=
              std::int64_t{PolyphaseDesign::kMostFactor} * design.inputFrequency &&
+         design.inputFrequency <=
+             std::int64_t{PolyphaseDesign::kMostDivisor} * design.outputFrequency &&
          design.length >= 2 && design.length <= PolyphaseDesign::kLongest &&
          design.length % 2 == 0 && design.rollOff > 0 && design.rollOff <= 1 &&
          design.kaiserBeta >= 0 && design.kaiserBeta <= PolyphaseDesign::kMostBeta;
+}
+
+// How much longer than the sinc of the input's own frequency the response is.
+double Stretching(const FrequencyRatio& ratio) {
+  return std::max(1.0, static_cast<double>(ratio.M()) / static_cast<double>(ratio.L()));
 }
 
 void Group(PolyphaseLayout& layout, std::int64_t repetitions) {
@@ -86,9 +93,8 @@ PolyphaseLayout Plan(const PolyphaseDesign& design) {
     Group(layout, 1);
     if (Fits(layout)) return layout;
   }
-  const double stretching = std::max(1.0, static_cast<double>(m) / static_cast<double>(l));
   layout.isInterpolated = true;
-  layout.phases = static_cast<std::int64_t>(std::ceil(kStoredPhases / stretching));
+  layout.phases = static_cast<std::int64_t>(std::ceil(kStoredPhases / Stretching(layout.ratio)));
   layout.rows = layout.phases + kRows - 1;  // those of the places -1 to phases + 1
   layout.steps = 2 * DividedUp(design.length, 2 * kStep);
   return layout;
@@ -96,6 +102,15 @@ PolyphaseLayout Plan(const PolyphaseDesign& design) {
 
 std::size_t Bytes(const PolyphaseLayout& layout) {
   return layout.Coefficients() * sizeof(float) + kAlignment;
+}
+
+// Half of the response, from `phase` / phases of an input sample on.
+using HalfResponse = std::array<double, PolyphaseDesign::kLongest / 2>;
+
+HalfResponse Response(const WindowedSinc& sinc, std::int64_t phase, std::int64_t phases) {
+  HalfResponse response;
+  sinc.Compute(static_cast<double>(phase) / static_cast<double>(phases), response.data());
+  return response;
 }
 
 }  // namespace
@@ -140,58 +155,72 @@ QVERRORCODE_TAG PolyphaseFilter::Initialise(const PolyphaseDesign& design,
   const FrequencyRatio& ratio = layout_.ratio;
   inverse_ = InverseModulo(ratio.M(), ratio.L());
 
-  const double stretching =
-      std::max(1.0, static_cast<double>(ratio.M()) / static_cast<double>(ratio.L()));
-  const WindowedSinc sinc = {design.rollOff / stretching, design.kaiserBeta, layout_.half,
-                             layout_.phases};
-  CFTarray<double> response;
   memory_.SetGrowth(1, 1, false, false);
-  if (!response.Resize(static_cast<std::size_t>(ImpulseResponseSize(sinc))) ||
-      !memory_.Resize(Bytes(layout_) / sizeof(float))) {
-    return QVERR_CREATE_FAILED;
-  }
+  if (!memory_.Resize(Bytes(layout_) / sizeof(float))) return QVERR_CREATE_FAILED;
   void* aligned = memory_.Data();
   std::size_t space = Bytes(layout_);
   coefficients_ = static_cast<float*>(
       std::align(kAlignment, layout_.Coefficients() * sizeof(float), aligned, space));
   std::fill_n(coefficients_, layout_.Coefficients(), 0.0F);
-  ComputeImpulseResponse(sinc, response.Data());
+  const WindowedSinc sinc(design.rollOff / Stretching(ratio), design.kaiserBeta, layout_.half);
   if (layout_.isInterpolated) {
-    StoreRows(response.Data());
+    StoreRows(sinc);
   } else {
-    StoreGroups(response.Data());
+    StoreGroups(sinc);
   }
   kernel_ = kernel != nullptr ? kernel : PolyphaseKernels().front();
   return QVERR_OK;
 }
 
-// Row i is the response (i - 1) / phases after the input samples.
-void PolyphaseFilter::StoreRows(const double* response) noexcept {
-  const std::int64_t end = layout_.half * layout_.phases;
-  float* coefficient = coefficients_;
-  for (std::int64_t row = 0; row < layout_.rows; ++row) {
-    for (std::int64_t i = 0; i < 2 * layout_.half; ++i) {
-      const std::int64_t distance = std::abs((layout_.half - 1 - i) * layout_.phases + row - 1);
-      coefficient[i] = distance < end ? static_cast<float>(response[distance]) : 0.0F;
+// Row i is the response (i - 1) / phases after the input samples. Every value stands on both sides
+// of its middle, and those of the phases at the ends in two rows, which belong to neighbouring
+// input samples.
+void PolyphaseFilter::StoreRows(const WindowedSinc& sinc) noexcept {
+  const std::int64_t half = layout_.half;
+  const auto store = [&](std::int64_t row, std::int64_t place, double value) {
+    if (row < 0 || row >= layout_.rows || place < 0 || place >= 2 * half) return;
+    coefficients_[row * layout_.steps * kStep + place] = static_cast<float>(value);
+  };
+  for (std::int64_t phase = 0; phase < layout_.phases; ++phase) {
+    const auto response = Response(sinc, phase, layout_.phases);
+    for (std::int64_t i = 0; i < half; ++i) {
+      for (std::int64_t later = -1; later <= 2; ++later) {
+        const std::int64_t moved = later * layout_.phases;
+        store(1 + phase + moved, half - 1 - i + later, response[static_cast<std::size_t>(i)]);
+        store(1 - phase + moved, half - 1 + i + later, response[static_cast<std::size_t>(i)]);
+      }
     }
-    coefficient += layout_.steps * kStep;
   }
 }
 
-void PolyphaseFilter::StoreGroups(const double* response) noexcept {
+// The response at a phase is what comes before an output sample of that phase, and after one of the
+// phase 1 - phase; after one of the phase 0 it is that of the phase 0.
+void PolyphaseFilter::StoreGroups(const WindowedSinc& sinc) noexcept {
   const std::int64_t l = layout_.ratio.L();
-  for (std::int64_t row = 0; row < layout_.rows; ++row) {
-    const std::int64_t group = row / kRows;
-    float* const coefficients =
-        coefficients_ + (group * layout_.steps * kRows + row % kRows) * kStep;
-    const std::int64_t phase = row * layout_.ratio.M() % l;
-    // In the window, the response's first place, and its distance from the output sample in 1/L.
-    std::int64_t place = layout_.RowSample(row) - layout_.half + 1 - layout_.WindowSample(group);
-    std::int64_t distance = (layout_.half - 1) * l + phase;
-    for (std::int64_t i = 0; i < 2 * layout_.half; ++i, ++place, distance -= l) {
-      coefficients[place / kStep * kRows * kStep + place % kStep] =
-          static_cast<float>(response[std::abs(distance)]);
+  for (std::int64_t phase = 0; phase < l; ++phase) {
+    const auto response = Response(sinc, phase, l);
+    const std::int64_t mirrored = phase == 0 ? 0 : l - phase;
+    for (std::int64_t row = phase * inverse_ % l; row < layout_.rows; row += l) {
+      StoreSide(row, 0, -1, response.data());
     }
+    for (std::int64_t row = mirrored * inverse_ % l; row < layout_.rows; row += l) {
+      StoreSide(row, phase == 0 ? 0 : 1, 1, response.data());
+    }
+  }
+}
+
+// Stores the half of a response that begins `first` input samples from a row's own and goes away
+// from it.
+void PolyphaseFilter::StoreSide(std::int64_t row, std::int64_t first, std::int64_t direction,
+                                const double* response) noexcept {
+  const std::int64_t group = row / kRows;
+  float* const coefficients = coefficients_ + (group * layout_.steps * kRows + row % kRows) * kStep;
+  auto place =
+      static_cast<std::uint64_t>(layout_.RowSample(row) + first - layout_.WindowSample(group));
+  for (std::int64_t i = 0; i < layout_.half; ++i) {
+    coefficients[place / kPolyphaseStep * kPolyphaseRows * kPolyphaseStep +
+                 place % kPolyphaseStep] = static_cast<float>(response[i]);
+    place += static_cast<std::uint64_t>(direction);
   }
 }
 
@@ -242,6 +271,8 @@ void PolyphaseFilter::MakeFromRows(const Pass& pass) const noexcept {
   const double rowsPerPhase = static_cast<double>(layout_.phases) / static_cast<double>(ratio.L());
   PolyphaseBetween between = {};
   between.steps = static_cast<std::size_t>(layout_.steps);
+  const std::int64_t wholeStep = ratio.M() / ratio.L();
+  const std::int64_t phaseStep = ratio.M() % ratio.L();
   InputPosition position = pass.start;
   for (std::int64_t i = 0; i < pass.count; ++i) {
     const double place = static_cast<double>(position.phase) * rowsPerPhase;
@@ -250,7 +281,13 @@ void PolyphaseFilter::MakeFromRows(const Pass& pass) const noexcept {
     between.weights = CubicWeights(place - static_cast<double>(row), pass.gain);
     between.window = pass.input + (position.sample - layout_.half + 1);
     pass.output[i] = kernel_->filterBetween(between);
-    position = ratio.Advanced(position, 1);
+    // As Advanced(position, 1), without dividing.
+    position.sample += wholeStep;
+    position.phase += phaseStep;
+    if (position.phase >= ratio.L()) {
+      position.phase -= ratio.L();
+      ++position.sample;
+    }
   }
 }
 

@@ -17,6 +17,7 @@
 #include <cstdint>
 
 #include "pipeline/frequency_ratio.h"
+#include "pipeline/impulse_response.h"
 #include "pipeline/polyphase_kernel.h"
 #include "support/cft_array.h"
 
@@ -29,11 +30,13 @@ enum class PolyphaseHint { kNone, kFast, kAccurate };
 struct PolyphaseDesign {
   static constexpr int kLongest = 4000;
   static constexpr int kMostFactor = 1024;
+  static constexpr int kMostDivisor = 64;
   static constexpr double kMostBeta = 20;
 
-  int inputFrequency = 0;   ///< Hz, at least 1
-  int outputFrequency = 0;  ///< Hz, at least 1 and at most kMostFactor times the input's
-  int length = 0;           ///< of the impulse response in input samples: even, 2 to kLongest
+  int inputFrequency = 0;  ///< Hz, at least 1
+  int outputFrequency =
+      0;               ///< Hz, at least 1, the input's divided by kMostDivisor to times kMostFactor
+  int length = 0;      ///< of the impulse response in input samples: even, 2 to kLongest
   double rollOff = 0;  ///< the -6 dB point in parts of the lower Nyquist frequency: above 0, to 1
   double kaiserBeta = 0;  ///< the parameter of the Kaiser window: 0 to kMostBeta
   PolyphaseHint hint = PolyphaseHint::kNone;
@@ -119,8 +122,10 @@ class PolyphaseFilter {
  private:
   struct Pass;
 
-  void StoreRows(const double* response) noexcept;
-  void StoreGroups(const double* response) noexcept;
+  void StoreRows(const WindowedSinc& sinc) noexcept;
+  void StoreGroups(const WindowedSinc& sinc) noexcept;
+  void StoreSide(std::int64_t row, std::int64_t first, std::int64_t direction,
+                 const double* response) noexcept;
   void MakeFromRows(const Pass& pass) const noexcept;
   void MakeFromGroups(const Pass& pass) const noexcept;
   void MakeFromGroup(const Pass& pass, std::int64_t group) const noexcept;

@@ -1,5 +1,5 @@
-// The resampling accessor. A read takes a block of the source apart into the channels' buffers, as
-// much as fits them at a time, lets each channel's filter run, and appends what they made,
+// The resampling accessor. A read takes a block of the source apart into the channels' buffers, a
+// pass at a time, lets each channel's filter run, and appends what they made,
 // interleaved, to the block that it hands out. All channels are always at the same place of the
 // stream.
 #include <MediaAccessor/resampling_media_accessor.h>
@@ -41,9 +41,7 @@ class ResamplingMediaAccessorImpl final : public ResamplingMediaAccessor, public
   unsigned long GetSamplingFrequency() const override {
     return outputFrequency_ > 0 ? static_cast<unsigned long>(outputFrequency_) : 0;
   }
-  unsigned long GetChannelCount() const override {
-    return static_cast<unsigned long>(resamplers_.Count());
-  }
+  unsigned long GetChannelCount() const override { return channels_; }
   QVERRORCODE_TAG ReadBlock(const short*& samples, unsigned long& frames, void* context) override;
   unsigned long GetDescription(wchar_t* buffer, unsigned long capacity) const override;
   QVERRORCODE_TAG SetSource(CMediaAccessor* source) override;
@@ -63,8 +61,8 @@ class ResamplingMediaAccessorImpl final : public ResamplingMediaAccessor, public
   QVERRORCODE_TAG setUp_ = QVERR_OK;  // why there are no resamplers
   PolyphaseFilter filter_;
   CFTarray<SingleChannelResampler> resamplers_;
-  std::size_t passInput_ = 0;  // so many frames are taken at a time, where the buffers hold them
-  CFTarray<short> planar_;     // what the channels made, apart
+  std::size_t passInput_ = 0;      // so many frames are taken in a pass
+  CFTarray<short> planar_;         // what the channels made, apart
   CFTarray<const short*> planes_;  // each channel's part of it
   CFTarray<float*> inputs_;        // where each channel's next input goes
   CFTarray<short> output_;         // the block
@@ -100,14 +98,13 @@ QVERRORCODE_TAG ResamplingMediaAccessorImpl::SetUpResamplers(int inputFrequency)
   if (!resamplers_.Resize(channels_) || !inputs_.Resize(channels_) || !planes_.Resize(channels_)) {
     return QVERR_CREATE_FAILED;
   }
-  // What one pass makes stays in the first-level cache until it is interleaved.
+  // What a pass makes stays in the first-level cache until it is interleaved.
   const double factor = static_cast<double>(outputFrequency_) / inputFrequency;
-  passInput_ = static_cast<std::size_t>(std::max(1.0, kPassOutput / factor));
-  const std::size_t most = std::max(passInput_, static_cast<std::size_t>(filter_.Half()) + 1);
+  constexpr auto kMost = static_cast<double>(SingleChannelResampler::kMostInput);
+  passInput_ = static_cast<std::size_t>(std::clamp(kPassOutput / factor, 1.0, kMost));
+  const std::size_t tail = static_cast<std::size_t>(filter_.Half()) + 1;
   const auto plane =
-      static_cast<std::size_t>(
-          static_cast<double>(std::min(most, SingleChannelResampler::kCapacity)) * factor) +
-      2;
+      static_cast<std::size_t>(static_cast<double>(std::max(passInput_, tail)) * factor) + 2;
   if (!planar_.Resize(channels_ * plane)) return QVERR_CREATE_FAILED;
   for (unsigned long channel = 0; channel < channels_; ++channel) {
     planes_[channel] = planar_.Data() + channel * plane;
@@ -152,7 +149,7 @@ void ResamplingMediaAccessorImpl::Take(const short* samples, std::size_t frames,
   }
   output_.Reserve(first.OutputCount(std::min(frames, kMostReserved)) * channels);
   while (frames > 0) {
-    const std::size_t fitting = std::min({frames, first.Room(), passInput_});
+    const std::size_t fitting = std::min(frames, passInput_);
     TakeApart(samples, fitting, channels);
     Append(first.OutputCount(fitting), channels,
            [fitting](SingleChannelResampler& resampler, short* output) {

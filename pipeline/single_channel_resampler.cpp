@@ -8,6 +8,10 @@
 namespace Quorvex {
 namespace {
 
+// Twice the history stays below this many samples: the input frequency is less than 62.47 times the
+// output frequency.
+constexpr double kMostKept = 4000;
+
 constexpr double kRollOff = 0.95;
 constexpr double kKaiserBeta = 9.0;
 constexpr double kNormalisation = 0.98;  // leaves room for what filtering adds to loud passages
@@ -20,8 +24,7 @@ QVERRORCODE_TAG InitialiseResampling(PolyphaseFilter& filter, int inputFrequency
   if (inputFrequency < 1 || outputFrequency < 1) return QVERR_BAD_STATE;
   const double factor = static_cast<double>(outputFrequency) / inputFrequency;
   const double history = 1 + std::trunc(kZeroCrossings * std::max(1.0, 1.0 / factor));
-  // A pass keeps twice the history: of a buffer that is no longer it would never consume anything.
-  if (2 * history >= SingleChannelResampler::kBufferSamples) return QVERR_BAD_STATE;
+  if (2 * history >= kMostKept) return QVERR_BAD_STATE;
   PolyphaseDesign design;
   design.inputFrequency = inputFrequency;
   design.outputFrequency = outputFrequency;
@@ -39,8 +42,9 @@ QVERRORCODE_TAG SingleChannelResampler::Initialise(const PolyphaseFilter& filter
   history_ = static_cast<std::size_t>(filter.Half()) + 1;
   filled_ = history_;
   time_ = static_cast<double>(history_);
-  // From the first sample of the stream, which is aligned, to the end; with room for the silence.
-  const std::size_t stream = kCapacity + kMargin;
+  // From the first sample of the stream, which is aligned, to the end of the silence: a pass keeps
+  // twice the history, and less than a step more.
+  const std::size_t stream = 2 * history_ + kPolyphaseStep + kMostInput + kMargin;
   memory_.SetGrowth(1, 1, false, false);
   if (!memory_.Resize(kMargin + history_ + stream + kPolyphaseStep)) return QVERR_CREATE_FAILED;
   std::fill_n(memory_.Data(), memory_.Count(), 0.0F);

@@ -25,23 +25,21 @@ QVERRORCODE_TAG InitialiseResampling(PolyphaseFilter& filter, int inputFrequency
 /// samples that are not needed again are moved out.
 class SingleChannelResampler {
  public:
-  static constexpr std::size_t kBufferSamples = 4000;
-  /// Samples are moved out in multiples of the filter's step, so up to a step more of them stay.
-  static constexpr std::size_t kCapacity = kBufferSamples + kPolyphaseStep;
+  /// The most input samples that a pass takes.
+  static constexpr std::size_t kMostInput = 4096;
 
   /// Begins a stream.
   /// @param filter  not owned; shared by all channels.
   /// @return QVERR_OK; QVERR_CREATE_FAILED when memory runs out.
   QVERRORCODE_TAG Initialise(const PolyphaseFilter& filter) noexcept;
 
-  /// For how many input samples there is room: at least one, after a pass.
-  std::size_t Room() const noexcept { return kCapacity - filled_; }
-  /// Where they go.
+  /// Where the input of a pass goes.
   float* End() noexcept { return input_ + filled_; }
 
   /// How many output samples a pass makes when so many more input samples have come.
   std::size_t OutputCount(std::size_t samples) const noexcept;
-  /// Takes `samples` that stand at the end, and makes what can be made.
+  /// A pass: takes `samples`, at most kMostInput, that stand at the end, and makes what can be
+  /// made.
   /// @param output  receives OutputCount(samples) samples; null drops them.
   void Run(std::size_t samples, short* output) noexcept;
 

@@ -12,8 +12,8 @@ namespace Quorvex {
 ///                   32 x max(1, in/out) + 1 input samples ahead, so that much later a sample comes
 ///     length        N input frames give ceil(N x out/in) output frames, exactly, the tail included
 ///     gain          0.98 (-0.18 dB) at 0 Hz; to 0.8 of the lower of the two Nyquist frequencies
-///                   even within 0.001 dB; -0.4 dB more at 0.9, -6 dB at 0.95, below -92 dB from
-///                   1.05 on
+///                   even within 0.001 dB; -0.4 dB more at 0.9, -6 dB at 0.95, below -91 dB from
+///                   1.05 on and below -92.5 dB from 1.1 on
 ///     beginning     the stream begins on silence
 ///     rounding      to the nearest 16-bit value; louder samples are clipped
 ///
@@ -23,8 +23,9 @@ namespace Quorvex {
 /// It delivers once both a source and an output frequency are set, in either order. Setting either
 /// begins a new stream, on silence.
 ///
-/// Its descriptions are "Source: ", the source's description, and " Output Sampling Frequency: 16000"
-/// with the frequency that is set; without a source "No source.".
+/// Its descriptions are "Source: ", the source's description, and
+/// " Output Sampling Frequency: 16000" with the frequency that is set; without a source
+/// "No source.".
 ///
 /// Slots 0 to 11 are CMediaAccessorDecorator's; SetOutputSamplingFrequency is 12.
 class MEDIA_ACCESSOR_API ResamplingMediaAccessor : public CMediaAccessorDecorator {
@@ -62,7 +63,7 @@ class MEDIA_ACCESSOR_API ResamplingMediaAccessor : public CMediaAccessorDecorato
   /// @param context  handed on to the source.
   /// @return QVERR_OK; QVERR_INVALID_ARGUMENT without a source (not QVERR_NO_SOURCE, on purpose) or
   ///         output frequency; the source's failure as it is; QVERR_BAD_STATE when the source's
-  ///         frequency is unknown, 62 times the output frequency or more, or below 1/1024 of it;
+  ///         frequency is unknown, 62.47 times the output frequency or more, or below 1/1024 of it;
   ///         QVERR_CREATE_FAILED when there was no memory for setting up. Samples for which there
   ///         is no memory later are dropped.
   QVERRORCODE_TAG ReadBlock(const short*& samples, unsigned long& frames,

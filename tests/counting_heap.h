@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdlib>
+#include <cstring>
 
 #include "support/allocator.h"
 
@@ -15,7 +16,10 @@ class CountingHeap final : public Quorvex::Allocator {
     if (budget > 0) --budget;
     ++alive;
     ++allocations;
-    return std::malloc(bytes);
+    void* const memory = std::malloc(bytes);
+    // So that what is used before it was set stands out, in samples of 16 bits and of floats.
+    if (memory != nullptr) std::memset(memory, 0x7F, bytes);
+    return memory;
   }
   void Free(void* memory) noexcept override {
     if (memory != nullptr) --alive;

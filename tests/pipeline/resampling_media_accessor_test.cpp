@@ -101,7 +101,7 @@ TEST(ResamplingMediaAccessor, FrequenciesThatDoNotSuit) {
                                     {44100, 706},
                                     {1, 1},
                                     {1, 1024},
-                                    {4000000, 2147483647},
+                                    {2147483646, 2147483647},
                                     {62469, 1000},
                                     {0, 16000},
                                     {16000, 256},
@@ -155,14 +155,14 @@ TEST(ResamplingMediaAccessor, EqualsDoublePrecisionInBlocksOfAnySize) {
                           {8000, 44101},  {44100, 706},  {999, 16},       {30, 1009}};
   for (const auto& [input, output] : pairs) {
     ReferenceFilter reference(input, output);
-    const std::size_t length = input >= output ? 9000 : 1000;
+    const std::size_t length = input >= output ? 6000 : 1000;
     for (const Samples& samples :
          {Noise(length), Noise(1), Noise(10), tests::FullScaleSquare(length)}) {
       SCOPED_TRACE(std::to_string(input) + " to " + std::to_string(output));
       const Samples resampled = Resample(input, output, samples);
       reference.ExpectFrom(samples, resampled);
       for (const std::size_t size :
-           {std::size_t{1}, std::size_t{7}, std::size_t{160}, kWhole, kRandomSizes, kRandomSizes}) {
+           {std::size_t{1}, std::size_t{7}, std::size_t{160}, kWhole, kRandomSizes}) {
         EXPECT_TRUE(Resample(input, output, samples, 1, size) == resampled) << size;
       }
     }
@@ -193,7 +193,7 @@ TEST(ResamplingMediaAccessor, TheStreamGoesOnAfterItsEnd) {
 }
 
 TEST(ResamplingMediaAccessor, ChannelsAreResampledAlike) {
-  constexpr std::size_t kFrames = 5003;
+  constexpr std::size_t kFrames = 12003;  // so that there are blocks longer than the buffers
   for (const unsigned long channels : {2UL, 3UL, 5UL, 6UL, 8UL, 9UL}) {
     Samples interleaved(kFrames * channels);
     std::vector<Samples> expected;
@@ -324,10 +324,10 @@ TEST(ResamplingMediaAccessor, Quality) {
 
 // The same block again and again, so that the output, too, is periodic as long as nothing drifts.
 TEST(ResamplingMediaAccessor, NothingDriftsInAnHour) {
-#ifdef NDEBUG
+#if defined(NDEBUG) && !defined(__SANITIZE_ADDRESS__)
   constexpr int kBlocks = 36'000;
 #else
-  constexpr int kBlocks = 600;  // a minute, where nothing is optimised
+  constexpr int kBlocks = 600;  // a minute, where each sample takes long
 #endif
   const Samples block = Noise(4410);
   int left = kBlocks;

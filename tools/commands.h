@@ -26,6 +26,7 @@ struct SourceOptions {
   std::string reader;
   std::vector<int> channels;  // empty: all
   std::string mode;           // "average", "sum" or "separate"; empty: as the library chooses
+  int rate = 0;               // Hz of the output; 0: the file's own
 };
 
 struct DecodeOptions : SourceOptions {

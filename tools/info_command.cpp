@@ -10,6 +10,7 @@
 #include "tools/input.h"
 #include "tools/output.h"
 #include "tools/table.h"
+#include "tools/watched_file.h"
 
 namespace media_accessor_tool {
 namespace {
@@ -39,11 +40,13 @@ QVERRORCODE_TAG GatherFacts(const std::string& path, const CMediaFileFactory* re
   facts.channels = file->GetTrackChannelCount();
   facts.milliseconds = file->GetMilliseconds();
   if (exact) {
-    unsigned long long frames = 0;
-    result = PullAll(
-        *file, path, [](const short*, std::size_t) { return true; }, frames);
-    facts.exactMilliseconds =
-        facts.samplingFrequency > 0 ? frames * 1000 / facts.samplingFrequency : 0;
+    WatchedFile watched(*file, path);
+    const short* samples = nullptr;
+    unsigned long frames = 0;
+    do {
+      result = watched.ReadBlock(samples, frames);
+    } while (result == QVERR_OK && frames > 0);
+    facts.exactMilliseconds = watched.Milliseconds();
   }
   return result;
 }

@@ -6,11 +6,7 @@
 #include <MediaAccessor/text.h>
 
 #include <cstdio>
-#include <filesystem>
 #include <vector>
-
-#include "platform/console.h"
-#include "tools/progress.h"
 
 namespace media_accessor_tool {
 
@@ -21,25 +17,6 @@ std::string FormatName(const CMediaFileFactory& factory) {
     return factory.GetDescription(buffer, capacity);
   });
 }
-
-namespace {
-
-QVERRORCODE_TAG SelectChannels(CMediaFile& file, const SourceOptions& options) {
-  if (options.channels.empty() && options.mode.empty()) return QVERR_OK;
-  const int mode = options.mode == "separate" ? kChannelModeSeparate
-                   : options.mode == "sum"    ? kChannelModeSum
-                                              : kChannelModeAverage;
-  return file.SelectChannels(options.channels.data(), static_cast<int>(options.channels.size()),
-                             mode);
-}
-
-bool IsSameFile(const std::string& input, const std::string& output) {
-  std::error_code error;
-  return output != "-" && std::filesystem::equivalent(platform::ArgumentPath(input),
-                                                      platform::ArgumentPath(output), error);
-}
-
-}  // namespace
 
 void RegisterWAVReader() {
   const CMediaFileFactory* const wav = &CInputWAVMediaFile::Factory();
@@ -83,41 +60,6 @@ QVERRORCODE_TAG OpenFile(const std::string& path, const CMediaFileFactory* reade
   const QVERRORCODE_TAG result = file->Open(path.c_str());
   if (result != QVERR_OK) file.reset();
   return result;
-}
-
-int OpenSource(const SourceOptions& options, const std::string& output, MediaFilePtr& file) {
-  const CMediaFileFactory* reader = nullptr;
-  if (!FindReader(options.reader, reader)) return kWrongUsage;
-  if (IsSameFile(options.input, output)) {
-    ReportError(output, "is the input file");
-    return kWrongUsage;
-  }
-  QVERRORCODE_TAG result = OpenFile(options.input, reader, file);
-  if (result == QVERR_OK) result = SelectChannels(*file, options);
-  if (result == QVERR_OK) return kAllWentWell;
-  ReportFailure(options.input, result);
-  if (result == QVERR_UNSUPPORTED_CHANNELS) {
-    ReportError(options.input,
-                "its channels are 0 to " + std::to_string(file->GetTrackChannelCount() - 1));
-  }
-  return kSomeFileFailed;
-}
-
-QVERRORCODE_TAG PullAll(CMediaFile& file, const std::string& name,
-                        const std::function<bool(const short*, std::size_t)>& take,
-                        unsigned long long& frames) {
-  Progress progress(Printable(name), file.GetMilliseconds());
-  const unsigned long frequency = file.GetSamplingFrequency();
-  frames = 0;
-  for (;;) {
-    const short* samples = nullptr;
-    unsigned long count = 0;
-    const QVERRORCODE_TAG result = file.ReadBlock(samples, count);
-    if (result != QVERR_OK || count == 0) return result;
-    frames += count;
-    if (!take(samples, count * file.GetChannelCount())) return QVERR_OK;
-    if (frequency > 0) progress.Show(frames * 1000 / frequency);
-  }
 }
 
 void ReportFailure(const std::string& path, QVERRORCODE_TAG result) {

@@ -4,10 +4,7 @@
 #include <MediaAccessor/media_file_factory.h>
 #include <MediaAccessor/ownership.h>
 
-#include <functional>
 #include <string>
-
-#include "tools/commands.h"
 
 namespace media_accessor_tool {
 
@@ -22,20 +19,6 @@ bool FindReader(const std::string& formatName, const Quorvex::CMediaFileFactory*
 /// Opens a file with one factory alone, or, when it is null, with whatever the library chooses.
 Quorvex::QVERRORCODE_TAG OpenFile(const std::string& path, const Quorvex::CMediaFileFactory* reader,
                                   Quorvex::MediaFilePtr& file);
-
-/// Opens the audio that a command takes, with its channels chosen. What goes wrong is reported.
-/// @param output  a file that must not be the input; "-" is none.
-/// @return kAllWentWell; kWrongUsage; kSomeFileFailed.
-int OpenSource(const SourceOptions& options, const std::string& output,
-               Quorvex::MediaFilePtr& file);
-
-/// Reads an open file to its end, with progress.
-/// @param take  receives each block, in samples (frames x delivered channels); false stops the
-///              reading.
-/// @param frames  receives the number of frames read.
-Quorvex::QVERRORCODE_TAG PullAll(Quorvex::CMediaFile& file, const std::string& name,
-                                 const std::function<bool(const short*, std::size_t)>& take,
-                                 unsigned long long& frames);
 
 /// One line on standard error: file, code, its name and its meaning.
 void ReportFailure(const std::string& path, Quorvex::QVERRORCODE_TAG result);

@@ -6,9 +6,9 @@
 
 #include <CLI/CLI.hpp>
 #include <charconv>
-#include <cstdint>
 #include <cstdio>
 #include <exception>
+#include <limits>
 #include <sstream>
 #include <string_view>
 
@@ -45,16 +45,22 @@ std::string Version() {
   return std::string("media-accessor ") + text;
 }
 
-// A .vox file does not tell its frequency.
-void SetVoxRate(const std::string& text) {
-  std::uint32_t hertz = 0;
+int ParseHertz(const std::string& option, const std::string& text) {
+  int hertz = 0;
   const char* const end = text.data() + text.size();
   const auto [parsed, error] = std::from_chars(text.data(), end, hertz);
-  if (error != std::errc() || parsed != end || hertz == 0) {
-    throw CLI::ValidationError(
-        "--vox-rate", "a sampling frequency is a number of hertz, not \"" + Printable(text) + "\"");
+  if (error != std::errc() || parsed != end || hertz < 1) {
+    throw CLI::ValidationError(option, "a sampling frequency is a number of hertz from 1 to " +
+                                           std::to_string(std::numeric_limits<int>::max()) +
+                                           ", not \"" + Printable(text) + "\"");
   }
-  Quorvex::CVOXMediaFile::SetDefaultSamplingFrequency(hertz);
+  return hertz;
+}
+
+// A .vox file does not tell its frequency.
+void SetVoxRate(const std::string& text) {
+  Quorvex::CVOXMediaFile::SetDefaultSamplingFrequency(
+      static_cast<unsigned long>(ParseHertz("--vox-rate", text)));
 }
 
 void LogToStandardError() { Quorvex::MediaAccessorSetLog("", Quorvex::kLogStandardError); }
@@ -96,6 +102,13 @@ void AddSource(CLI::App& command, SourceOptions& options) {
                   "selection keeps the file's order")
       ->check(CLI::IsMember({"average", "sum", "separate"}))
       ->type_name("MODE");
+  command
+      .add_option_function<std::string>(
+          "--rate",
+          [&options](const std::string& text) { options.rate = ParseHertz("--rate", text); },
+          "Resample to this sampling frequency; at the file's own, the default,\n"
+          "the samples stay as they are")
+      ->type_name("HZ");
   AddReader(command, options.reader);
 }
 

@@ -21,8 +21,8 @@ Progress::Progress(std::string name, unsigned long long totalMilliseconds)
       isTerminal_(Quorvex::platform::IsTerminal(stderr)),
       next_(Clock::now() + kInterval) {}
 
-Progress::~Progress() {
-  if (shown_) std::fputs(kWipeLine, stderr);
+void Progress::End() {
+  if (std::exchange(shown_, false)) std::fputs(kWipeLine, stderr);
 }
 
 void Progress::Show(unsigned long long doneMilliseconds) {

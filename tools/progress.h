@@ -12,11 +12,13 @@ class Progress {
  public:
   /// @param totalMilliseconds  length of the audio; 0 when unknown.
   Progress(std::string name, unsigned long long totalMilliseconds);
-  ~Progress();
+  ~Progress() { End(); }
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
   void Show(unsigned long long doneMilliseconds);
+  /// Wipes the line.
+  void End();
 
  private:
   using Clock = std::chrono::steady_clock;

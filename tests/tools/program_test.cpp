@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "tests/fake_media.h"
+#include "tests/ideal_resampling.h"
 #include "tests/test_files.h"
 #include "tests/test_system.h"
 
@@ -204,6 +206,82 @@ TEST_F(Program, TheFrequencyOfVoxFiles) {
     EXPECT_EQ(Run({"info", "--vox-rate", rate, input}), 2) << rate;
     EXPECT_NE(errors.find("is a number of hertz"), std::string::npos) << errors;
   }
+}
+
+std::vector<short> SamplesOfFile(const std::string& path, int hertz) {
+  Quorvex::MediaFilePtr file;
+  EXPECT_EQ(Quorvex::MediaFileOpen(path.c_str(), file), Quorvex::QVERR_OK);
+  if (file == nullptr) return {};
+  EXPECT_EQ(file->GetSamplingFrequency(), static_cast<unsigned long>(hertz));
+  file->SelectChannels(nullptr, 0, Quorvex::kChannelModeSeparate);
+  return tests::PullAll(*file);
+}
+
+TEST_F(Program, AudioAtAnotherRate) {
+  const std::string call = std::string(MEDIA_ACCESSOR_RECORDINGS) + "/call.wav";
+  const std::vector<short> both = SamplesOfFile(call, 8000);
+  std::vector<short> left;
+  std::vector<short> right;
+  for (std::size_t i = 0; i < both.size(); i += 2) {
+    left.push_back(both[i]);
+    right.push_back(both[i + 1]);
+  }
+  const std::string out = directory.File("out.wav");
+  const Arguments decode = {MEDIA_ACCESSOR_PROGRAM, "decode", call, "-o", out};
+  struct Case {
+    Arguments command;
+    const std::vector<short>& samples;
+    std::size_t channels;
+    int hertz;
+  };
+  const Case cases[] = {
+      {decode + Arguments{"--mode", "separate", "--rate", "11025"}, both, 2, 11025},
+      {decode + Arguments{"--channels", "0", "--rate", "16000"}, left, 1, 16000},
+      {decode + Arguments{"--channels", "0", "--rate=129"}, left, 1, 129},
+      {{MEDIA_ACCESSOR_PROGRAM, "convert", call, out, "--force", "--rate", "44100", "--channels",
+        "1"},
+       right,
+       1,
+       44100},
+      {{MEDIA_ACCESSOR_RESAMPLE_CHANNEL, call, "1", "6000", out}, right, 1, 6000},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(testing::PrintToString(c.command));
+    ASSERT_EQ(tests::Process(c.command).Wait(), 0);
+    const std::vector<short> samples =
+        c.command[1] == "decode" ? tests::ReadSamples(out) : SamplesOfFile(out, c.hertz);
+    const std::vector<short> ideal =
+        tests::IdealResampling(8000, c.hertz).Of(c.samples, c.channels);
+    ASSERT_EQ(samples.size(), ideal.size());
+    int farthest = 0;
+    for (std::size_t i = 0; i < ideal.size(); ++i) {
+      farthest = std::max(farthest, std::abs(samples[i] - ideal[i]));
+    }
+    EXPECT_LE(farthest, 1);
+  }
+  EXPECT_EQ(tests::Process(decode + Arguments{"--mode", "separate", "--rate", "8000"}).Wait(), 0);
+  EXPECT_EQ(tests::ReadSamples(out), both) << "its own frequency: the samples as they are";
+}
+
+TEST_F(Program, RatesThatAreRefused) {
+  const std::string input = Fixture("sox_mulaw_mono.wav");
+  const std::string out = directory.File("out.wav");
+  for (const char* rate : {"x", "0", "-1", "8k", "1e9999", "99999999999", ""}) {
+    EXPECT_EQ(Run({"convert", input, out, "--rate", rate}), 2) << rate;
+    EXPECT_NE(errors.find("--rate: a sampling frequency is a number of hertz from 1"),
+              std::string::npos)
+        << errors;
+  }
+  for (const char* rate : {"128", "8192001"}) {
+    for (const Arguments& command :
+         {Arguments{"convert", input, out}, Arguments{"decode", input, "-o", out}}) {
+      EXPECT_EQ(Run(command + Arguments{"--rate", rate}), 1);
+      EXPECT_NE(errors.find(std::string("8000 Hz cannot be resampled to ") + rate + " Hz"),
+                std::string::npos)
+          << errors;
+    }
+  }
+  EXPECT_FALSE(std::filesystem::exists(out)) << "nothing is begun";
 }
 
 TEST_F(Program, ConvertWritesAWholeFileOrNone) {

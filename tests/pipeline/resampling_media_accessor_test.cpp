@@ -120,6 +120,7 @@ TEST(ResamplingMediaAccessor, FrequenciesThatDoNotSuit) {
     source.frequency = input;
     source.atEnd = QVERR_FILE_IO;
     const auto resampler = ResamplerOf(source, static_cast<int>(output));
+    EXPECT_EQ(resampler->GetChannelCount(), 1U);
     EXPECT_EQ(ReadCode(*resampler, !isTaken), isTaken ? QVERR_OK : QVERR_BAD_STATE);
     EXPECT_EQ(ReadCode(*resampler), QVERR_FILE_IO) << "the source's failure comes first";
     // What went wrong is forgotten with the next setting.

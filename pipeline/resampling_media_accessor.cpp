@@ -23,7 +23,8 @@ namespace {
 
 constexpr std::wstring_view kWithoutSource = L"No source.";
 
-constexpr double kPassOutput = 4096;  // frames
+// A pass makes no more frames than this, so that buffers stay small whatever the frequencies.
+constexpr double kPassOutput = 16384;
 
 // No more input than this is made room for at once.
 constexpr std::size_t kMostReserved = std::size_t{1} << 20;
@@ -98,7 +99,6 @@ QVERRORCODE_TAG ResamplingMediaAccessorImpl::SetUpResamplers(int inputFrequency)
   if (!resamplers_.Resize(channels_) || !inputs_.Resize(channels_) || !planes_.Resize(channels_)) {
     return QVERR_CREATE_FAILED;
   }
-  // What a pass makes stays in the first-level cache until it is interleaved.
   const double factor = static_cast<double>(outputFrequency_) / inputFrequency;
   constexpr auto kMost = static_cast<double>(SingleChannelResampler::kMostInput);
   passInput_ = static_cast<std::size_t>(std::clamp(kPassOutput / factor, 1.0, kMost));

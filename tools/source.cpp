@@ -70,11 +70,8 @@ bool Source::Explain(QVERRORCODE_TAG result) {
     ReportFailure(name_, watched_->Result());
     return true;
   }
-  // That two frequencies cannot be converted shows only now. A writer may have stopped earlier, for
-  // want of channels.
-  const bool isRefused =
-      resampler_ != nullptr && (result == QVERR_BAD_STATE || resampler_->GetChannelCount() == 0);
-  if (!isRefused) return false;
+  // That two frequencies cannot be converted shows only when they are read.
+  if (resampler_ == nullptr || result != QVERR_BAD_STATE) return false;
   ReportError(name_, "its " + std::to_string(file_->GetSamplingFrequency()) +
                          " Hz cannot be resampled to " +
                          std::to_string(resampler_->GetSamplingFrequency()) +

@@ -9,11 +9,13 @@ namespace Quorvex {
 /// a windowed sinc (Kaiser window, parameter 9) of 32 zero crossings on either side.
 ///
 ///     delay         0: output sample n is at the time of input sample n x in/out. The filter looks
-///                   32 x max(1, in/out) + 1 input samples ahead, so that much later a sample comes
+///                   ahead: a sample is delivered once the source has given
+///                   32 x max(1, in/out) + 1 input samples, the product cut to a whole number,
+///                   beyond that time, or has ended
 ///     length        N input frames give ceil(N x out/in) output frames, exactly, the tail included
-///     gain          0.98 (-0.18 dB) at 0 Hz; to 0.8 of the lower of the two Nyquist frequencies
-///                   even within 0.001 dB; -0.4 dB more at 0.9, -6 dB at 0.95, below -91 dB from
-///                   1.05 on and below -92.5 dB from 1.1 on
+///     gain          0.98 (-0.18 dB) at 0 Hz. Beside that, at parts of the lower of the two Nyquist
+///                   frequencies: the same within 0.001 dB to 0.8, -0.4 dB at 0.9, -6 dB at 0.95,
+///                   below -91 dB from 1.05 on and below -92.5 dB from 1.1 on
 ///     beginning     the stream begins on silence
 ///     rounding      to the nearest 16-bit value; louder samples are clipped
 ///
@@ -53,19 +55,22 @@ class MEDIA_ACCESSOR_API ResamplingMediaAccessor : public CMediaAccessorDecorato
   /// @return QVERR_OK, always: what does not suit, the reads report.
   virtual QVERRORCODE_TAG SetOutputSamplingFrequency(int hertz) = 0;
 
-  /// Reads on in the source until there is something to deliver. The source's end (0 frames) gives
-  /// the tail of the stream, what silence after it would give, and 0 frames after that; every
-  /// further read asks the source again, and should it go on, the stream does, with nothing reset.
+  /// Reads on in the source until there is something to deliver, so that 0 frames always are an
+  /// end. The source's end (0 frames) gives the tail of the stream, what silence after it would
+  /// give, and 0 frames after that; every further read asks the source again, and should it go on,
+  /// the stream does, with nothing reset.
   ///
   /// A block has as many channels as the source has now. When the source's channel count changes
   /// without SetSource, say by a selection on a file, channels beyond those that it had are silent,
-  /// and one that went and comes back was silent meanwhile; call SetSource again to follow it.
+  /// and one that went and comes back was silent meanwhile; call SetSource again to follow it. A
+  /// source without channels, now or when it was set, gives 0 frames.
   /// @param context  handed on to the source.
   /// @return QVERR_OK; QVERR_INVALID_ARGUMENT without a source (not QVERR_NO_SOURCE, on purpose) or
   ///         output frequency; the source's failure as it is; QVERR_BAD_STATE when the source's
-  ///         frequency is unknown, 62.47 times the output frequency or more, or below 1/1024 of it;
-  ///         QVERR_CREATE_FAILED when there was no memory for setting up. Samples for which there
-  ///         is no memory later are dropped.
+  ///         frequency is unknown or does not fit an int, is 62.46875 (1999/32) times the output
+  ///         frequency or more, or below 1/1024 of it; QVERR_CREATE_FAILED when there was no memory
+  ///         for setting up. Those two come after a block of the source was read, which is lost.
+  ///         Samples for which there is no memory later are dropped.
   QVERRORCODE_TAG ReadBlock(const short*& samples, unsigned long& frames,
                             void* context = nullptr) override = 0;
 

@@ -47,7 +47,7 @@ class MEDIA_ACCESSOR_API CMediaAccessor {
                                     void* context = nullptr) = 0;
 
   /// Describes the accessor: a file gives its format's name ("Portable WAV Format"), a decorator a
-  /// sentence that ends with its source's description. Text rule: text.h.
+  /// sentence with its source's description in it. Text rule: text.h.
   virtual unsigned long GetDescription(wchar_t* buffer, unsigned long capacity) const = 0;
   /// The same as narrow text; here the wide text, converted.
   virtual unsigned long GetDescription(char* buffer, unsigned long capacity) const;

@@ -17,9 +17,10 @@ namespace {
 constexpr auto kStep = static_cast<std::int64_t>(kPolyphaseStep);
 constexpr auto kRows = static_cast<std::int64_t>(kPolyphaseRows);
 
-// So many phases of a filter that the ratio does not stretch are stored where not all are. A cubic
-// through four of them is wrong by 3/128 (w/32)^4 at most, w = 0.95 pi being the highest frequency
-// that passes: -115 dB. The noise of rounding to 16 bits is at -92 dB of a tone at half scale.
+// Where not all phases are stored: how many are, of a filter that the ratio does not stretch. A
+// cubic through four of them is wrong by 3/128 (w/32)^4 at most, w = 0.95 pi being the highest
+// frequency that passes: -115 dB. The noise of rounding to 16 bits is at -92 dB of a tone at half
+// scale.
 constexpr double kStoredPhases = 32;
 
 constexpr std::int64_t kMostRepeatedRows = 128;

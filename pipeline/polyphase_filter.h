@@ -34,8 +34,8 @@ struct PolyphaseDesign {
   static constexpr double kMostBeta = 20;
 
   int inputFrequency = 0;  ///< Hz, at least 1
-  int outputFrequency =
-      0;               ///< Hz, at least 1, the input's divided by kMostDivisor to times kMostFactor
+  /// Hz, at least 1; from the input frequency / kMostDivisor to the input frequency x kMostFactor
+  int outputFrequency = 0;
   int length = 0;      ///< of the impulse response in input samples: even, 2 to kLongest
   double rollOff = 0;  ///< the -6 dB point in parts of the lower Nyquist frequency: above 0, to 1
   double kaiserBeta = 0;  ///< the parameter of the Kaiser window: 0 to kMostBeta
@@ -77,8 +77,8 @@ struct PolyphaseLayout {
 
 class PolyphaseFilter {
  public:
-  /// So many input samples on either side of those that an output sample is made of are loaded
-  /// besides. They do not matter, but must be finite.
+  /// The kernels load up to so many input samples before and after those that an output sample is
+  /// made of. Their values do not matter, but must be finite.
   static constexpr std::size_t kMargin = 256;
 
   PolyphaseFilter() = default;

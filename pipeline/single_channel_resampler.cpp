@@ -8,8 +8,8 @@
 namespace Quorvex {
 namespace {
 
-// Twice the history stays below this many samples: the input frequency is less than 62.47 times the
-// output frequency.
+// Twice the history stays below this many samples, on purpose: the input frequency is less than
+// 62.46875 times the output frequency.
 constexpr double kMostKept = 4000;
 
 constexpr double kRollOff = 0.95;

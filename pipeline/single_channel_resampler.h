@@ -11,8 +11,8 @@
 namespace Quorvex {
 
 /// Sets up the filter for two frequencies in Hz. @return as PolyphaseFilter::Initialise; also
-/// QVERR_BAD_STATE for an input frequency of some 62 times the output frequency and more: the
-/// filter would be as long as the buffer of a channel.
+/// QVERR_BAD_STATE for an input frequency of 62.46875 times the output frequency and more, on
+/// purpose: it bounds the filter and the buffer of a channel.
 QVERRORCODE_TAG InitialiseResampling(PolyphaseFilter& filter, int inputFrequency,
                                      int outputFrequency) noexcept;
 
@@ -22,7 +22,7 @@ QVERRORCODE_TAG InitialiseResampling(PolyphaseFilter& filter, int inputFrequency
 ///            0         time                       filled_
 ///
 /// The stream begins on `history` zeros, at the time `history`. After each pass of the filter the
-/// samples that are not needed again are moved out.
+/// samples that are not needed again are moved out, in whole steps of kPolyphaseStep.
 class SingleChannelResampler {
  public:
   /// The most input samples that a pass takes.

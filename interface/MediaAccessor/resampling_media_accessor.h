@@ -6,12 +6,17 @@
 namespace Quorvex {
 
 /// Converts the sampling frequency of its source, channel by channel, by a fixed polyphase filter:
-/// a windowed sinc (Kaiser window, parameter 9) of 32 zero crossings on either side.
+/// a sinc under a Kaiser window. An input sample at the distance d, in input samples, from an
+/// output sample contributes to it with the factor
+///
+///     0.98 c sinc(c d) I0(9 sqrt(1 - (d/H)^2)) / I0(9)      for |d| < H, else 0
+///     c = 0.95 min(1, out/in)      H = 32 max(1, in/out), cut to a whole number
+///
+/// where sinc(x) is sin(pi x) / (pi x), and I0 the modified Bessel function of order 0.
 ///
 ///     delay         0: output sample n is at the time of input sample n x in/out. The filter looks
-///                   ahead: a sample is delivered once the source has given
-///                   32 x max(1, in/out) + 1 input samples, the product cut to a whole number,
-///                   beyond that time, or has ended
+///                   ahead: a sample is delivered once the source has given H + 1 input samples
+///                   after the one at or before that time, or has ended
 ///     length        N input frames give ceil(N x out/in) output frames, exactly, the tail included
 ///     gain          0.98 (-0.18 dB) at 0 Hz. Beside that, at parts of the lower of the two Nyquist
 ///                   frequencies: the same within 0.001 dB to 0.8, -0.4 dB at 0.9, -6 dB at 0.95,

@@ -11,8 +11,8 @@
 
 namespace tests {
 
-/// A windowed sinc of 32 zero crossings on either side; roll-off 0.95, Kaiser parameter 9, gain
-/// 0.98.
+/// A windowed sinc of 32 samples of the lower frequency on either side; roll-off 0.95, Kaiser
+/// parameter 9, gain 0.98.
 class IdealResampling {
  public:
   IdealResampling(int input, int output)

@@ -85,7 +85,8 @@ PolyphaseLayout Plan(const PolyphaseDesign& design) {
   const std::int64_t m = layout.ratio.M();
   // Both are powers of two, so the larger one does for both.
   const std::int64_t repetitions = std::max(kRows / std::gcd(kRows, l), kStep / std::gcd(kStep, m));
-  if (l * kStep <= static_cast<std::int64_t>(PolyphaseLayout::kMostBytes)) {
+  // More could not fit, and laying them out would take long.
+  if (static_cast<std::size_t>(l) * kPolyphaseStep * sizeof(float) <= PolyphaseLayout::kMostBytes) {
     layout.phases = l;
     if (l * repetitions <= kMostRepeatedRows) {
       Group(layout, repetitions);
@@ -270,18 +271,18 @@ std::array<float, kPolyphaseRows> CubicWeights(double place, double gain) {
 void PolyphaseFilter::MakeFromRows(const Pass& pass) const noexcept {
   const FrequencyRatio& ratio = layout_.ratio;
   const double rowsPerPhase = static_cast<double>(layout_.phases) / static_cast<double>(ratio.L());
-  PolyphaseBetween between = {};
-  between.steps = static_cast<std::size_t>(layout_.steps);
+  PolyphaseInterpolation interpolation = {};
+  interpolation.steps = static_cast<std::size_t>(layout_.steps);
   const std::int64_t wholeStep = ratio.M() / ratio.L();
   const std::int64_t phaseStep = ratio.M() % ratio.L();
   InputPosition position = pass.start;
   for (std::int64_t i = 0; i < pass.count; ++i) {
     const double place = static_cast<double>(position.phase) * rowsPerPhase;
     const auto row = static_cast<std::int64_t>(place);
-    between.coefficients = coefficients_ + row * layout_.steps * kStep;
-    between.weights = CubicWeights(place - static_cast<double>(row), pass.gain);
-    between.window = pass.input + (position.sample - layout_.half + 1);
-    pass.output[i] = kernel_->filterBetween(between);
+    interpolation.coefficients = coefficients_ + row * layout_.steps * kStep;
+    interpolation.weights = CubicWeights(place - static_cast<double>(row), pass.gain);
+    interpolation.window = pass.input + (position.sample - layout_.half + 1);
+    pass.output[i] = kernel_->filterInterpolated(interpolation);
     // As Advanced(position, 1), without dividing.
     position.sample += wholeStep;
     position.phase += phaseStep;

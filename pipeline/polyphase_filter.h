@@ -17,11 +17,12 @@
 #include <cstdint>
 
 #include "pipeline/frequency_ratio.h"
-#include "pipeline/impulse_response.h"
 #include "pipeline/polyphase_kernel.h"
 #include "support/cft_array.h"
 
 namespace Quorvex {
+
+class WindowedSinc;
 
 /// What a filter is to prefer. It is accepted and changes nothing: the one way that there is to
 /// compute it is the fastest and the most accurate.

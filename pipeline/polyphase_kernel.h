@@ -32,7 +32,7 @@ struct PolyphaseWindows {
 /// One window that is multiplied with neighbouring rows of coefficients:
 ///
 ///     sum over r and i of weights[r] x window[i] x coefficient (r, i)     rounded, clipped
-struct PolyphaseBetween {
+struct PolyphaseInterpolation {
   const float* coefficients;  ///< [kPolyphaseRows][steps x kPolyphaseStep]
   std::size_t steps;          ///< even
   const float* window;
@@ -45,11 +45,13 @@ struct PolyphaseKernel {
   const char* name;
   bool (*isSupported)() noexcept;  ///< by this processor
   void (*filterWindows)(const PolyphaseWindows& windows) noexcept;
-  short (*filterBetween)(const PolyphaseBetween& between) noexcept;
+  short (*filterInterpolated)(const PolyphaseInterpolation& interpolation) noexcept;
 };
 
 /// Every kernel that this processor runs, the fastest first.
 std::span<const PolyphaseKernel* const> PolyphaseKernels() noexcept;
+
+inline constexpr std::size_t kMostPolyphaseVectorKernels = 3;
 
 /// The kernels of this build besides the plain one, the fastest first.
 std::span<const PolyphaseKernel* const> PolyphaseVectorKernels() noexcept;

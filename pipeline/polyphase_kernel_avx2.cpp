@@ -47,6 +47,6 @@ bool IsSupported() noexcept {
 }  // namespace
 
 const PolyphaseKernel kPolyphaseAVX2 = {"AVX2", IsSupported, FilterWindows<AVX2Vector>,
-                                        FilterBetween<AVX2Vector>};
+                                        FilterInterpolated<AVX2Vector>};
 
 }  // namespace Quorvex

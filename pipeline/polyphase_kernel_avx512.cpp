@@ -136,6 +136,6 @@ bool IsSupported() noexcept {
 }  // namespace
 
 const PolyphaseKernel kPolyphaseAVX512 = {"AVX-512", IsSupported, FilterWindows,
-                                          FilterBetween<AVX512Vector>};
+                                          FilterInterpolated<AVX512Vector>};
 
 }  // namespace Quorvex

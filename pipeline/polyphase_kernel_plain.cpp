@@ -36,9 +36,7 @@ struct PlainVector {
 };
 
 constexpr PolyphaseKernel kPlain = {"plain", []() noexcept { return true; },
-                                    FilterWindows<PlainVector>, FilterBetween<PlainVector>};
-
-constexpr std::size_t kMostKernels = 4;
+                                    FilterWindows<PlainVector>, FilterInterpolated<PlainVector>};
 
 struct KernelList {
   KernelList() {
@@ -47,7 +45,7 @@ struct KernelList {
     }
     kernels[count++] = &kPlain;
   }
-  std::array<const PolyphaseKernel*, kMostKernels> kernels{};
+  std::array<const PolyphaseKernel*, kMostPolyphaseVectorKernels + 1> kernels{};
   std::size_t count = 0;
 };
 

@@ -1,8 +1,6 @@
 // The polyphase kernel with SSE2, which every x86-64 processor has.
 #include <emmintrin.h>
 
-#include <array>
-
 #include "pipeline/polyphase_kernel_x86.h"
 #include "pipeline/polyphase_loops.h"
 
@@ -43,12 +41,6 @@ struct SSE2Vector {
 }  // namespace
 
 const PolyphaseKernel kPolyphaseSSE2 = {"SSE2", []() noexcept { return true; },
-                                        FilterWindows<SSE2Vector>, FilterBetween<SSE2Vector>};
-
-std::span<const PolyphaseKernel* const> PolyphaseVectorKernels() noexcept {
-  static constexpr std::array<const PolyphaseKernel*, 3> kKernels = {
-      &kPolyphaseAVX512, &kPolyphaseAVX2, &kPolyphaseSSE2};
-  return kKernels;
-}
+                                        FilterWindows<SSE2Vector>, FilterInterpolated<SSE2Vector>};
 
 }  // namespace Quorvex

@@ -65,16 +65,17 @@ void FilterWindows(const PolyphaseWindows& windows) noexcept {
 }
 
 template <class Vector, std::size_t... kRow>
-short FilterBetweenRows(const PolyphaseBetween& between, std::index_sequence<kRow...>) noexcept {
+short FilterInterpolatedRows(const PolyphaseInterpolation& interpolation,
+                             std::index_sequence<kRow...>) noexcept {
   // Sums of even and of odd vectors, since a multiply-add waits for the one before.
   constexpr std::size_t kTurn = 2 * Vector::kLanes;
   static_assert(2 * kPolyphaseStep % Vector::kLanes == 0);
-  const std::size_t length = between.steps * kPolyphaseStep;
+  const std::size_t length = interpolation.steps * kPolyphaseStep;
   Vector even[] = {(static_cast<void>(kRow), Vector{})...};
   Vector odd[] = {(static_cast<void>(kRow), Vector{})...};
   const auto add = [&](std::size_t at, Vector(&sums)[kPolyphaseRows]) {
-    const Vector samples = Vector::Load(between.window + at);
-    const float* const taps = between.coefficients + at;
+    const Vector samples = Vector::Load(interpolation.window + at);
+    const float* const taps = interpolation.coefficients + at;
     ((sums[kRow] = Vector::MultiplyAdd(Vector::Load(taps + kRow * length), samples, sums[kRow])),
      ...);
   };
@@ -86,16 +87,16 @@ short FilterBetweenRows(const PolyphaseBetween& between, std::index_sequence<kRo
   if (at < length) add(at, even);
   Vector sum{};
   const auto addWeighted = [&](std::size_t row, Vector part) {
-    sum = Vector::MultiplyAdd(Vector::Broadcast(between.weights[row]), part, sum);
+    sum = Vector::MultiplyAdd(Vector::Broadcast(interpolation.weights[row]), part, sum);
   };
   ((addWeighted(kRow, even[kRow]), addWeighted(kRow, odd[kRow])), ...);
   return Vector::Round(Vector::Sum(sum));
 }
 
-/// PolyphaseKernel::filterBetween
+/// PolyphaseKernel::filterInterpolated
 template <class Vector>
-short FilterBetween(const PolyphaseBetween& between) noexcept {
-  return FilterBetweenRows<Vector>(between, std::make_index_sequence<kPolyphaseRows>());
+short FilterInterpolated(const PolyphaseInterpolation& interpolation) noexcept {
+  return FilterInterpolatedRows<Vector>(interpolation, std::make_index_sequence<kPolyphaseRows>());
 }
 
 }  // namespace Quorvex

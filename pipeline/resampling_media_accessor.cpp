@@ -1,7 +1,7 @@
 // The resampling accessor. A read takes a block of the source apart into the channels' buffers, a
-// pass at a time, lets each channel's filter run, and appends what they made,
-// interleaved, to the block that it hands out. All channels are always at the same place of the
-// stream.
+// pass at a time, lets each channel's filter run, and appends what they made, interleaved, to the
+// block that it hands out. All channels are always at the same place of the stream, so that each
+// makes as many samples as the first.
 #include <MediaAccessor/resampling_media_accessor.h>
 
 #include <algorithm>
@@ -171,7 +171,7 @@ void ResamplingMediaAccessorImpl::TakeApart(const short* samples, std::size_t fr
   }
   for (std::size_t c = 0; c < count; ++c) {
     for (std::size_t f = 0; f < frames; ++f) {
-      inputs_[c][f] = c < channels ? samples[f * channels + c] : 0.0F;
+      inputs_[c][f] = c < channels ? static_cast<float>(samples[f * channels + c]) : 0.0F;
     }
   }
 }

@@ -15,7 +15,7 @@ constexpr double kMostKept = 4000;
 constexpr double kRollOff = 0.95;
 constexpr double kKaiserBeta = 9.0;
 constexpr double kNormalisation = 0.98;  // leaves room for what filtering adds to loud passages
-constexpr double kZeroCrossings = 32;    // on either side, of the lower of the two frequencies
+constexpr double kHalfLength = 32;       // on either side, of the lower of the two frequencies
 
 }  // namespace
 
@@ -23,7 +23,7 @@ QVERRORCODE_TAG InitialiseResampling(PolyphaseFilter& filter, int inputFrequency
                                      int outputFrequency) noexcept {
   if (inputFrequency < 1 || outputFrequency < 1) return QVERR_BAD_STATE;
   const double factor = static_cast<double>(outputFrequency) / inputFrequency;
-  const double history = 1 + std::trunc(kZeroCrossings * std::max(1.0, 1.0 / factor));
+  const double history = 1 + std::trunc(kHalfLength * std::max(1.0, 1.0 / factor));
   if (2 * history >= kMostKept) return QVERR_BAD_STATE;
   PolyphaseDesign design;
   design.inputFrequency = inputFrequency;
@@ -69,7 +69,7 @@ void SingleChannelResampler::Run(std::size_t samples, short* output) noexcept {
   filled_ += samples;
   std::size_t count = 0;
   filter_->Process(input_, Length(filled_), kNormalisation, time_, output, count);
-  const auto kept = static_cast<std::size_t>(time_ + 0.5) - history_;
+  const auto kept = static_cast<std::size_t>(std::lround(time_)) - history_;
   const std::size_t consumed = kept / kPolyphaseStep * kPolyphaseStep;
   std::copy(input_ + consumed, input_ + filled_, input_);
   filled_ -= consumed;

@@ -57,9 +57,8 @@ class MEDIA_ACCESSOR_API ResamplingMediaAccessor : public CMediaAccessorDecorato
 
   /// Sets the output frequency and begins a new stream from the present source.
   /// @param hertz  below 1 there is none.
-  /// @return QVERR_OK, always: what does not suit, the reads report. Where SetSource would refuse
-  /// the
-  ///         source by now, the conversion goes on as it was.
+  /// @return QVERR_OK, always: what does not suit, the reads report. Where SetSource would by now
+  ///         refuse the source, the conversion goes on as it was.
   virtual QVERRORCODE_TAG SetOutputSamplingFrequency(int hertz) = 0;
 
   /// Reads on in the source until there is something to deliver, so that 0 frames always are an

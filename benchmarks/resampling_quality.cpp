@@ -39,7 +39,7 @@
 #include "benchmarks/memory_source.h"
 #include "benchmarks/resampling_peers.h"
 #include "benchmarks/sinusoids.h"
-#include "benchmarks/windowed_sinc.h"
+#include "tests/ideal_resampling.h"
 
 namespace {
 
@@ -47,7 +47,7 @@ using benchmarks::FitSinusoids;
 using benchmarks::MakeSinusoids;
 using benchmarks::Sinusoid;
 using benchmarks::SinusoidFit;
-using benchmarks::WindowedSinc;
+using tests::IdealResampling;
 
 constexpr std::size_t kWindow = 32'768;   // output samples that are looked at
 constexpr std::size_t kSettling = 2'000;  // and so many on either side that are not
@@ -115,7 +115,7 @@ std::vector<double> Settled(const std::vector<Sample>& output) {
 struct Bench {
   Pair pair;
   Resample resample;
-  std::optional<WindowedSinc> exact;
+  std::optional<IdealResampling> exact;
 
   std::vector<short> Input(std::initializer_list<Sinusoid> sinusoids, double constant = 0) const {
     std::vector<Sinusoid> inCycles;
@@ -153,7 +153,7 @@ int LargestDifference(const std::vector<short>& a, const std::vector<short>& b) 
   return largest;
 }
 
-void MeasureSinad(const Bench& bench, Quality& quality) {
+void MeasureSinad(Bench& bench, Quality& quality) {
   quality.sinad = std::numeric_limits<double>::max();
   double exactSinad = quality.sinad;
   for (const double place : {0.0531, 0.1237, 0.2719, 0.4141, 0.5477, 0.6871, 0.7993}) {
@@ -163,7 +163,7 @@ void MeasureSinad(const Bench& bench, Quality& quality) {
     quality.sinad = std::min(quality.sinad, SinadOf(bench.Fit(output, {tone})));
     if (!bench.exact) continue;
     std::vector<short> rounded;
-    for (const double sample : bench.exact->Resample(input)) {
+    for (const double sample : bench.exact->Of(input)) {
       rounded.push_back(static_cast<short>(std::lround(sample)));
     }
     exactSinad = std::min(exactSinad, SinadOf(bench.Fit(rounded, {tone})));
@@ -190,7 +190,7 @@ std::vector<double> LinesOf(double tone, const Pair& pair) {
   return lines;
 }
 
-void MeasureRejection(const Bench& bench, Quality& quality) {
+void MeasureRejection(Bench& bench, Quality& quality) {
   const double nyquist = bench.pair.LowerNyquist();
   const bool isUp = bench.pair.output > bench.pair.input;
   const double passed = 0.1337 * nyquist;
@@ -211,7 +211,7 @@ void MeasureRejection(const Bench& bench, Quality& quality) {
   }
 }
 
-void MeasureGains(const Bench& bench, Quality& quality) {
+void MeasureGains(Bench& bench, Quality& quality) {
   const double nyquist = bench.pair.LowerNyquist();
   const auto gain = [&](double tone, const auto& output) {
     return Decibels(bench.Fit(output, {tone}).amplitudes[0] / kLevel);
@@ -229,8 +229,7 @@ void MeasureGains(const Bench& bench, Quality& quality) {
   const double high = 0.9 * nyquist;
   const std::vector<short> input = bench.Input({{high, kLevel}});
   quality.highGain = gain(high, bench.resample(bench.pair, input));
-  if (bench.exact)
-    quality.highGainOff = quality.highGain - gain(high, bench.exact->Resample(input));
+  if (bench.exact) quality.highGainOff = quality.highGain - gain(high, bench.exact->Of(input));
 
   constexpr double kConstant = 8000;
   const double tone = 0.2719 * nyquist;
@@ -268,7 +267,7 @@ bool Print(const Pair& pair, const Quality& quality, bool isLimited) {
 
 bool Measure(const Pair& pair, bool isSoxr) {
   Bench bench = {pair, isSoxr ? ResampleBySoxr : ResampleByOurs, std::nullopt};
-  if (!isSoxr) bench.exact.emplace(pair.input, pair.output);
+  if (!isSoxr) bench.exact.emplace(static_cast<int>(pair.input), static_cast<int>(pair.output));
   Quality quality;
   MeasureSinad(bench, quality);
   MeasureRejection(bench, quality);

@@ -12,7 +12,7 @@
 #include "pipeline/single_channel_resampler.h"
 #include "tests/counting_heap.h"
 #include "tests/fake_media.h"
-#include "tests/resampling_reference.h"
+#include "tests/resampling.h"
 
 namespace {
 
@@ -63,23 +63,20 @@ Samples Filtered(const PolyphaseFilter& filter, const Samples& input, bool isDiv
 
 TEST(PolyphaseFilter, EveryKernelEqualsDoublePrecision) {
   // Rows that are repeated, as they are, and interpolated.
-  const int pairs[][2] = {{16000, 8000},  {8000, 16000}, {48000, 16000}, {8000, 8000},
-                          {44100, 16000}, {8000, 44100}, {7, 5},         {1600, 100},
-                          {44101, 16000}, {8000, 44101}, {62431, 1001}};
-  for (const PolyphaseKernel* kernel : PolyphaseKernels()) {
-    std::cout << "kernel: " << kernel->name << '\n';
-    EXPECT_TRUE(kernel->isSupported());
-  }
+  const int pairs[][2] = {{16000, 8000}, {8000, 16000}, {48000, 16000}, {44100, 16000},
+                          {8000, 44100}, {7, 5},        {1600, 100},    {44101, 16000},
+                          {8000, 44101}, {62431, 1001}};
   for (const auto& [from, to] : pairs) {
-    tests::ReferenceFilter reference(from, to);
+    tests::IdealResampling ideal(from, to);
     for (const PolyphaseKernel* kernel : PolyphaseKernels()) {
       SCOPED_TRACE(std::string(kernel->name) + ", " + std::to_string(from) + " to " +
                    std::to_string(to));
+      EXPECT_TRUE(kernel->isSupported());
       PolyphaseFilter filter;
       ASSERT_EQ(filter.Initialise(Design(from, to), kernel), QVERR_OK);
-      for (const Samples& input : {tests::Noise(1501), tests::FullScaleSquare(1501)}) {
+      for (const Samples& input : {tests::Noise(1001), tests::FullScaleSquare(1001)}) {
         const Samples output = Filtered(filter, input, false);
-        reference.ExpectFrom(input, output);
+        tests::ExpectResampled(ideal, input, output);
         EXPECT_TRUE(Filtered(filter, input, true) == output) << "divided into passes";
       }
     }
@@ -117,26 +114,6 @@ TEST(PolyphaseFilter, DesignsHaveLimits) {
     SCOPED_TRACE(&design - taken.data());
     EXPECT_EQ(PolyphaseFilter::GetSize(design, bytes), QVERR_OK);
     EXPECT_EQ(filter.Initialise(design), QVERR_OK);
-  }
-}
-
-TEST(PolyphaseFilter, SizesAreCapped) {
-  const auto check = [](int input, int output) {
-    std::size_t bytes = 0;
-    EXPECT_EQ(PolyphaseFilter::GetSize(Design(input, output), bytes), QVERR_OK);
-    EXPECT_GT(bytes, 0U);
-    EXPECT_LE(bytes, PolyphaseLayout::kMostBytes + 256) << input << " to " << output;
-  };
-  const std::vector<int> common = {8000,  11025, 12000, 16000, 22050, 24000,
-                                   32000, 44100, 48000, 88200, 96000, 192000};
-  for (const int input : common) {
-    for (const int output : common) check(input, output);
-  }
-  std::minstd_rand random;
-  for (int i = 0; i < 1000; ++i) {
-    const int output = static_cast<int>(random() % 100'000 + 1);
-    const auto perMille = static_cast<int>(random() % 62'000);
-    check(static_cast<int>(std::int64_t{output} * perMille / 1000) + output / 1000 + 1, output);
   }
 }
 

@@ -80,17 +80,16 @@ TEST_F(Registry, TheLastAddedIsTriedFirst) {
   EXPECT_EQ(FactoryList(), BuiltInAnd({&a, &b, &a}));
   EXPECT_EQ(MediaAccessorRegistryOverride("AU", builtIn), QVERR_OK);
   EXPECT_EQ(Candidates("x.au"), (Factories{builtIn, &a, &b}));
-}
-
-TEST_F(Registry, AfterAClearTheBuiltInFactoriesComeFirst) {
-  MediaAccessorRegistryAdd(&b);
   EXPECT_EQ(MediaAccessorRegistryClear(), QVERR_OK);
-  EXPECT_EQ(MediaAccessorRegistryAdd(&a), QVERR_OK);
-  EXPECT_EQ(FactoryList(), BuiltInAnd({&a}));
-  EXPECT_EQ(Candidates("x.au"), (Factories{&a, builtIn}));
+  EXPECT_EQ(FactoryList(), allBuiltIn);
+  EXPECT_EQ(Candidates("x.au"), Factories{builtIn});
 }
 
-TEST_F(Registry, NullFactoriesAndIndicesPastTheEnd) {
+TEST_F(Registry, WhatCannotBeAddedOrFound) {
+  struct ThrowingFactory : FakeFactory {
+    unsigned long GetExtensionCount() const override { throw std::runtime_error("count"); }
+  } throwing;
+  EXPECT_EQ(MediaAccessorRegistryAdd(&throwing), QVERR_CREATE_FAILED);
   const CMediaFileFactory* factory = &a;
   bool isDefault = false;
   EXPECT_EQ(MediaAccessorRegistryAdd(nullptr), QVERR_NO_SOURCE);
@@ -217,23 +216,13 @@ TEST_F(Registry, AliasesCopyCandidatesOrTakeEverything) {
   EXPECT_EQ(Candidates("x.other"), expected);
 }
 
-TEST_F(Registry, FactoriesThatThrowBecomeResults) {
-  struct ThrowingFactory : FakeFactory {
-    unsigned long GetExtensionCount() const override { throw std::runtime_error("count"); }
-  } factory;
-  EXPECT_EQ(MediaAccessorRegistryAdd(&factory), QVERR_CREATE_FAILED);
-}
-
 TEST_F(Registry, BuiltInFactoriesDescribeThemselves) {
   wchar_t wide[64];
   char narrow[64];
-  EXPECT_EQ(builtIn->GetDescription(wide, 64), 14U);
-  EXPECT_STREQ(wide, L"Sun AU Format");
   EXPECT_EQ(builtIn->GetDescription(narrow, 7), 7U);
   EXPECT_STREQ(narrow, "Sun AU");
-  // Extensions come with their bare length.
   EXPECT_EQ(builtIn->GetExtensionCount(), 1U);
-  EXPECT_EQ(builtIn->GetExtension(0, static_cast<wchar_t*>(nullptr), 0), 2U);
+  EXPECT_EQ(builtIn->GetExtension(0, static_cast<wchar_t*>(nullptr), 0), 2U) << "the bare length";
   EXPECT_EQ(builtIn->GetExtension(0, wide, 64), 2U);
   EXPECT_STREQ(wide, L"AU");
   EXPECT_EQ(builtIn->GetExtension(0, narrow, 2), 2U);

@@ -127,7 +127,7 @@ TEST_F(Mixer, APushAndAReadAreOneCycle) {
   EXPECT_EQ(Push({5, 7}), QVERR_OK);
   EXPECT_EQ(Read(), (Samples{2, 6}));
   EXPECT_EQ(Read(), (Samples{2, 6})) << "the same block until the next push";
-  EXPECT_EQ(mixer->Write(Samples{9, 9, 7}.data(), 5), QVERR_OK);
+  EXPECT_EQ(mixer->Write(Samples{9, 9, 7, 7}.data(), 7), QVERR_OK);
   EXPECT_EQ(Read(), Samples{9}) << "an incomplete frame is ignored";
   // Copies replace what waits.
   Select({}, kChannelModeSeparate);

@@ -226,6 +226,7 @@ TEST_F(FTLog, CreationIsExclusive) {
 TEST_F(FTLog, TheLibrarysLogTakesEveryFlag) {
   EXPECT_EQ(MediaAccessorSetLog(path.c_str(), 64), QVERR_INVALID_ARGUMENT);
   EXPECT_TRUE(LibraryLog().IsSilent()) << "as from the beginning";
+  EXPECT_FALSE(CFTLog(true, true).IsSilent());
   ASSERT_EQ(MediaAccessorSetLog(path.c_str(), kLogStandardOutput | kLogTimeStamp | kLogThreadTag |
                                                   kLogCloseAfterWrite),
             QVERR_OK);

@@ -145,11 +145,11 @@ TEST(ResamplingMediaAccessor, EqualsDoublePrecisionInBlocksOfAnySize) {
   for (const auto& [input, output] : pairs) {
     SCOPED_TRACE(std::to_string(input) + " to " + std::to_string(output));
     IdealResampling ideal(input, output);
-    const std::size_t length = input >= output ? 4500 : 2100;  // more than a pass takes
+    const std::size_t length = input >= output ? 4200 : 2100;  // more than a pass takes
     for (const Samples& samples : {Noise(length), Noise(1), tests::FullScaleSquare(length)}) {
       const Samples resampled = Resample(input, output, samples);
       tests::ExpectResampled(ideal, samples, resampled);
-      for (const std::size_t size : {std::size_t{1}, std::size_t{160}, kWhole, kRandomSizes}) {
+      for (const std::size_t size : {std::size_t{1}, kWhole, kRandomSizes}) {
         EXPECT_TRUE(Resample(input, output, samples, size) == resampled) << size;
       }
     }
@@ -183,7 +183,7 @@ TEST(ResamplingMediaAccessor, TheStreamGoesOnAfterItsEnd) {
 // stream began.
 TEST(ResamplingMediaAccessor, TheChannelCountMayChangeInTheStream) {
   constexpr std::size_t kFrames = 4321;  // more than a pass takes
-  for (const std::size_t begun : {1U, 2U, 9U}) {
+  for (const unsigned long begun : {1UL, 2UL, 9UL}) {
     const std::vector<unsigned long> counts = {begun, 3, 1, begun, begun, 2, 10, begun};
     std::vector<Samples> tracks(begun);  // what the channels that there were at first are given
     std::size_t i = 0;
@@ -242,22 +242,24 @@ TEST(ResamplingMediaAccessor, TonesPassOrAreStopped) {
   for (const auto& [input, output, passed, stopped, gain] : cases) {
     SCOPED_TRACE(std::to_string(input) + " to " + std::to_string(output));
     const double turn = 2 * std::numbers::pi / kSpan;
-    const auto periods = [&, nyquist = std::min(input, output) / 2.0](double part) {
-      return turn * std::round(part * nyquist * kSpan / output);  // radians per output sample
+    const double nyquistPeriods = std::min(input, output) / 2.0 * kSpan / output;
+    const auto frequency = [&](double part) {  // in radians per output sample
+      return turn * std::round(part * nyquistPeriods);
     };
     constexpr double kAmplitude = 8000;
     Samples samples(static_cast<std::size_t>((kSpan + 2L * kSettled) * input / output + 1));
     for (std::size_t i = 0; i < samples.size(); ++i) {
       const double time = static_cast<double>(i) * output / input;
-      samples[i] = static_cast<short>(std::lrint(
-          kAmplitude * (std::sin(periods(passed) * time) + 3 * std::sin(periods(stopped) * time))));
+      samples[i] =
+          static_cast<short>(std::lrint(kAmplitude * (std::sin(frequency(passed) * time) +
+                                                      3 * std::sin(frequency(stopped) * time))));
     }
     const Samples all = Resample(input, output, samples);
     std::complex<double> sum = 0;
     double power = 0;
     for (int i = 0; i < kSpan; ++i) {
       const double sample = all[static_cast<std::size_t>(kSettled + i)];
-      sum += std::polar(sample * 2 / kSpan, -periods(passed) * i);
+      sum += std::polar(sample * 2 / kSpan, -frequency(passed) * i);
       power += sample * sample * 2 / kSpan;
     }
     const double amplitude = std::abs(sum);

@@ -149,7 +149,7 @@ QVERRORCODE_TAG PolyphaseFilter::GetSize(const PolyphaseDesign& design,
   return QVERR_OK;
 }
 
-QVERRORCODE_TAG PolyphaseFilter::Initialise(const PolyphaseDesign& design,
+QVERRORCODE_TAG PolyphaseFilter::Initialize(const PolyphaseDesign& design,
                                             const PolyphaseKernel* kernel) noexcept {
   kernel_ = nullptr;
   if (!IsWithinLimits(design)) return QVERR_BAD_STATE;
@@ -256,14 +256,14 @@ QVERRORCODE_TAG PolyphaseFilter::Process(const float* input, std::int64_t length
 namespace {
 
 // The weights of the values at -1, 0, 1 and 2 in the cubic through them (Lagrange), at `place`.
-std::array<float, kPolyphaseRows> CubicWeights(double place, double gain) {
+void SetCubicWeights(double place, double gain, float* weights) {
   const double before = place + 1;
   const double after = place - 1;
   const double last = place - 2;
-  return {static_cast<float>(-place * after * last * gain / 6),
-          static_cast<float>(before * after * last * gain / 2),
-          static_cast<float>(-before * place * last * gain / 2),
-          static_cast<float>(before * place * after * gain / 6)};
+  weights[0] = static_cast<float>(-place * after * last * gain / 6);
+  weights[1] = static_cast<float>(before * after * last * gain / 2);
+  weights[2] = static_cast<float>(-before * place * last * gain / 2);
+  weights[3] = static_cast<float>(before * place * after * gain / 6);
 }
 
 }  // namespace
@@ -280,7 +280,7 @@ void PolyphaseFilter::MakeFromRows(const Pass& pass) const noexcept {
     const double place = static_cast<double>(position.phase) * rowsPerPhase;
     const auto row = static_cast<std::int64_t>(place);
     interpolation.coefficients = coefficients_ + row * layout_.steps * kStep;
-    interpolation.weights = CubicWeights(place - static_cast<double>(row), pass.gain);
+    SetCubicWeights(place - static_cast<double>(row), pass.gain, interpolation.weights);
     interpolation.window = pass.input + (position.sample - layout_.half + 1);
     pass.output[i] = kernel_->filterInterpolated(interpolation);
     // As Advanced(position, 1), without dividing.

@@ -94,7 +94,7 @@ class PolyphaseFilter {
   /// @param kernel  who does the arithmetic: one of PolyphaseKernels(), null for the fastest.
   /// @return QVERR_OK; QVERR_BAD_STATE for a design outside its limits, nothing being allocated;
   ///         QVERR_CREATE_FAILED when memory runs out. After a failure there is no filter.
-  QVERRORCODE_TAG Initialise(const PolyphaseDesign& design,
+  QVERRORCODE_TAG Initialize(const PolyphaseDesign& design,
                              const PolyphaseKernel* kernel = nullptr) noexcept;
 
   /// Makes the output samples from the time `time` up to, not including, trunc(time) + length.

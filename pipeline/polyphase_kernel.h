@@ -1,7 +1,6 @@
 // The multiply-add loops of the polyphase filter, once for each set of vector instructions.
 #pragma once
 
-#include <array>
 #include <cstddef>
 #include <span>
 
@@ -36,7 +35,7 @@ struct PolyphaseInterpolation {
   const float* coefficients;  ///< [kPolyphaseRows][steps x kPolyphaseStep]
   std::size_t steps;          ///< even
   const float* window;
-  std::array<float, kPolyphaseRows> weights;
+  float weights[kPolyphaseRows];
 };
 
 /// All kernels give the same samples within 1. Each gives a sample the same value whatever samples

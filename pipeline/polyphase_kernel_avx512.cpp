@@ -5,8 +5,6 @@
 // window's sums are two vectors.
 #include <immintrin.h>
 
-#include <algorithm>
-
 #include "pipeline/polyphase_kernel_x86.h"
 #include "pipeline/polyphase_loops.h"
 
@@ -104,8 +102,8 @@ void FilterWindows(const PolyphaseWindows& windows) noexcept {
   std::size_t done = 0;
   while (done < windows.count) {
     const std::size_t left = windows.count - done;
-    const std::size_t block =
-        left > kMostWindows && left < 2 * kMostWindows ? left / 2 : std::min(left, kMostWindows);
+    const std::size_t most = left < 2 * kMostWindows ? left / 2 : kMostWindows;
+    const std::size_t block = left <= kMostWindows ? left : most;
     kBlocks[block - 1](windows, done);
     done += block;
   }

@@ -1,4 +1,5 @@
-// The loops of a polyphase kernel, for one kind of vector. To be included by the kernels alone.
+// The loops of a polyphase kernel, for one kind of vector. To be included by the kernels alone,
+// whose vectors are types of their own file, so that no other file shares what is compiled here.
 //
 // A block of kPolyphaseRows x windows sums is held in registers: in each step every loaded vector
 // of coefficients serves all windows, and every loaded vector of input all rows.

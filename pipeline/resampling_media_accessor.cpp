@@ -11,7 +11,7 @@
 
 #include <MediaAccessor/text.h>
 
-#include "pipeline/channel_split.h"
+#include "pipeline/interleaving.h"
 #include "pipeline/single_channel_resampler.h"
 #include "support/allocator.h"
 #include "support/cft_array.h"
@@ -94,7 +94,7 @@ void ResamplingMediaAccessorImpl::BeginStream() {
 }
 
 QVERRORCODE_TAG ResamplingMediaAccessorImpl::SetUpResamplers(int inputFrequency) {
-  const QVERRORCODE_TAG result = InitialiseResampling(filter_, inputFrequency, outputFrequency_);
+  const QVERRORCODE_TAG result = InitializeResampling(filter_, inputFrequency, outputFrequency_);
   if (result != QVERR_OK) return result;
   if (!resamplers_.Resize(channels_) || !inputs_.Resize(channels_) || !planes_.Resize(channels_)) {
     return QVERR_CREATE_FAILED;
@@ -108,7 +108,7 @@ QVERRORCODE_TAG ResamplingMediaAccessorImpl::SetUpResamplers(int inputFrequency)
   if (!planar_.Resize(channels_ * plane)) return QVERR_CREATE_FAILED;
   for (unsigned long channel = 0; channel < channels_; ++channel) {
     planes_[channel] = planar_.Data() + channel * plane;
-    if (resamplers_[channel].Initialise(filter_) != QVERR_OK) return QVERR_CREATE_FAILED;
+    if (resamplers_[channel].Initialize(filter_) != QVERR_OK) return QVERR_CREATE_FAILED;
   }
   return QVERR_OK;
 }
@@ -166,7 +166,7 @@ void ResamplingMediaAccessorImpl::TakeApart(const short* samples, std::size_t fr
   const std::size_t count = resamplers_.Count();
   for (std::size_t c = 0; c < count; ++c) inputs_[c] = resamplers_[c].End();
   if (channels == count) {
-    SplitChannels(samples, frames, channels, inputs_.Data());
+    Deinterleave(samples, frames, channels, inputs_.Data());
     return;
   }
   for (std::size_t c = 0; c < count; ++c) {
@@ -196,7 +196,7 @@ void ResamplingMediaAccessorImpl::Join(std::size_t frames, std::size_t channels,
                                        short* output) const {
   const std::size_t count = resamplers_.Count();
   if (channels == count) {
-    JoinChannels(planes_.Data(), channels, frames, output);
+    Interleave(planes_.Data(), channels, frames, output);
     return;
   }
   std::fill_n(output, frames * channels, short{0});

@@ -19,7 +19,7 @@ constexpr double kHalfLength = 32;       // on either side, of the lower of the 
 
 }  // namespace
 
-QVERRORCODE_TAG InitialiseResampling(PolyphaseFilter& filter, int inputFrequency,
+QVERRORCODE_TAG InitializeResampling(PolyphaseFilter& filter, int inputFrequency,
                                      int outputFrequency) noexcept {
   if (inputFrequency < 1 || outputFrequency < 1) return QVERR_BAD_STATE;
   const double factor = static_cast<double>(outputFrequency) / inputFrequency;
@@ -32,10 +32,10 @@ QVERRORCODE_TAG InitialiseResampling(PolyphaseFilter& filter, int inputFrequency
   design.rollOff = kRollOff;
   design.kaiserBeta = kKaiserBeta;
   design.hint = PolyphaseHint::kFast;
-  return filter.Initialise(design);
+  return filter.Initialize(design);
 }
 
-QVERRORCODE_TAG SingleChannelResampler::Initialise(const PolyphaseFilter& filter) noexcept {
+QVERRORCODE_TAG SingleChannelResampler::Initialize(const PolyphaseFilter& filter) noexcept {
   constexpr std::size_t kMargin = PolyphaseFilter::kMargin;
   constexpr std::size_t kAlignment = kPolyphaseStep * sizeof(float);
   filter_ = &filter;

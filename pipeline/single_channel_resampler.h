@@ -10,10 +10,10 @@
 
 namespace Quorvex {
 
-/// Sets up the filter for two frequencies in Hz. @return as PolyphaseFilter::Initialise; also
+/// Sets up the filter for two frequencies in Hz. @return as PolyphaseFilter::Initialize; also
 /// QVERR_BAD_STATE for an input frequency of 62.46875 times the output frequency and more, on
 /// purpose: it bounds the filter and the buffer of a channel.
-QVERRORCODE_TAG InitialiseResampling(PolyphaseFilter& filter, int inputFrequency,
+QVERRORCODE_TAG InitializeResampling(PolyphaseFilter& filter, int inputFrequency,
                                      int outputFrequency) noexcept;
 
 /// One channel. Its buffer:
@@ -31,7 +31,7 @@ class SingleChannelResampler {
   /// Begins a stream.
   /// @param filter  not owned; shared by all channels.
   /// @return QVERR_OK; QVERR_CREATE_FAILED when memory runs out.
-  QVERRORCODE_TAG Initialise(const PolyphaseFilter& filter) noexcept;
+  QVERRORCODE_TAG Initialize(const PolyphaseFilter& filter) noexcept;
 
   /// Where the input of a pass goes.
   float* End() noexcept { return input_ + filled_; }

@@ -8,7 +8,7 @@
 
 #include <climits>
 
-#include "pipeline/channel_split.h"
+#include "pipeline/interleaving.h"
 #include "pipeline/single_channel_resampler.h"
 #include "tests/counting_heap.h"
 #include "tests/fake_media.h"
@@ -73,7 +73,7 @@ TEST(PolyphaseFilter, EveryKernelEqualsDoublePrecision) {
                    std::to_string(to));
       EXPECT_TRUE(kernel->isSupported());
       PolyphaseFilter filter;
-      ASSERT_EQ(filter.Initialise(Design(from, to), kernel), QVERR_OK);
+      ASSERT_EQ(filter.Initialize(Design(from, to), kernel), QVERR_OK);
       for (const Samples& input : {tests::Noise(1001), tests::FullScaleSquare(1001)}) {
         const Samples output = Filtered(filter, input, false);
         tests::ExpectResampled(ideal, input, output);
@@ -106,7 +106,7 @@ TEST(PolyphaseFilter, DesignsHaveLimits) {
     SCOPED_TRACE(&design - refused.data());
     EXPECT_EQ(PolyphaseFilter::GetSize(design, bytes), QVERR_BAD_STATE);
     EXPECT_EQ(bytes, 0U);
-    EXPECT_EQ(filter.Initialise(design), QVERR_BAD_STATE);
+    EXPECT_EQ(filter.Initialize(design), QVERR_BAD_STATE);
   }
   EXPECT_EQ(heap.allocations, 0);
   for (const PolyphaseDesign& design : taken) {
@@ -114,7 +114,7 @@ TEST(PolyphaseFilter, DesignsHaveLimits) {
     EXPECT_EQ(PolyphaseFilter::GetSize(design, bytes), QVERR_OK);
     EXPECT_GT(bytes, 0U);
     EXPECT_LE(bytes, PolyphaseLayout::kMostBytes + 256);
-    EXPECT_EQ(filter.Initialise(design), QVERR_OK);
+    EXPECT_EQ(filter.Initialize(design), QVERR_OK);
   }
 }
 
@@ -136,7 +136,7 @@ TEST(FrequencyRatio, TimesArePositions) {
   }
 }
 
-TEST(ChannelSplit, TakesApartAndJoins) {
+TEST(Interleaving, TakesApartAndPutsTogether) {
   for (std::size_t channels = 1; channels <= 9; ++channels) {
     for (const std::size_t frames : {0U, 1U, 7U, 8U, 9U, 15U, 16U, 17U, 18U, 23U, 24U, 1001U}) {
       SCOPED_TRACE(std::to_string(frames) + " of " + std::to_string(channels));
@@ -147,7 +147,7 @@ TEST(ChannelSplit, TakesApartAndJoins) {
       std::vector<float*> outputs;
       std::vector<const short*> inputs;
       for (auto& track : split) outputs.push_back(track.data());
-      SplitChannels(input.data(), frames, channels, outputs.data());
+      Deinterleave(input.data(), frames, channels, outputs.data());
       for (std::size_t c = 0; c < channels; ++c) {
         for (std::size_t f = 0; f < frames; ++f) {
           tracks[c][f] = input[f * channels + c];
@@ -157,7 +157,7 @@ TEST(ChannelSplit, TakesApartAndJoins) {
         inputs.push_back(tracks[c].data());
       }
       Samples joined(frames * channels + 1, kGuard);
-      JoinChannels(inputs.data(), channels, frames, joined.data());
+      Interleave(inputs.data(), channels, frames, joined.data());
       EXPECT_EQ(joined.back(), kGuard);
       joined.pop_back();
       EXPECT_EQ(joined, input);

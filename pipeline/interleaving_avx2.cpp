@@ -1,22 +1,21 @@
-// Taking channels apart and putting them together with AVX2. This file alone is compiled for it,
-// and asks at run time whether the processor has it.
+// Interleaving with AVX2. This file alone is compiled for it, and asks at run time whether the
+// processor has it. It has no functions that others could share with it.
 //
 // Up to eight channels are a transposition: frames of up to eight samples become as many vectors of
 // one channel, and back. The two halves of a vector take frames that are half a turn apart, since
 // most instructions keep to their half.
 #include <immintrin.h>
 
-#include <algorithm>
 #include <utility>
 
-#include "pipeline/channel_split.h"
+#include "pipeline/interleaving.h"
 
 namespace Quorvex {
 namespace {
 
-constexpr std::size_t kMostChannels = 8;  // a half has room for so many samples
-constexpr std::size_t kSplitTurn = 8;     // frames
-constexpr std::size_t kJoinTurn = 16;
+constexpr std::size_t kMostChannels = 8;      // a half has room for so many samples
+constexpr std::size_t kDeinterleaveTurn = 8;  // frames
+constexpr std::size_t kInterleaveTurn = 16;
 
 bool IsSupported() {
   static const bool isSupported = __builtin_cpu_supports("avx2") != 0;
@@ -49,17 +48,17 @@ constexpr std::size_t Tail(std::size_t channels) {
   return (kMostChannels + channels - 1) / channels;
 }
 
-std::size_t SplitMono(const short* input, std::size_t frames, float* output) {
+std::size_t DeinterleaveMono(const short* input, std::size_t frames, float* output) {
   std::size_t done = 0;
-  for (; done + kSplitTurn <= frames; done += kSplitTurn) {
+  for (; done + kDeinterleaveTurn <= frames; done += kDeinterleaveTurn) {
     StoreAsFloats(_mm256_cvtepi16_epi32(LoadHalf(input + done)), output + done);
   }
   return done;
 }
 
-std::size_t SplitStereo(const short* input, std::size_t frames, float* const* outputs) {
+std::size_t DeinterleaveStereo(const short* input, std::size_t frames, float* const* outputs) {
   std::size_t done = 0;
-  for (; done + kSplitTurn <= frames; done += kSplitTurn) {
+  for (; done + kDeinterleaveTurn <= frames; done += kDeinterleaveTurn) {
     const __m256i pairs = Load(input + 2 * done);
     StoreAsFloats(Lower(pairs), outputs[0] + done);
     StoreAsFloats(Upper(pairs), outputs[1] + done);
@@ -68,15 +67,15 @@ std::size_t SplitStereo(const short* input, std::size_t frames, float* const* ou
 }
 
 template <std::size_t... kChannel>
-std::size_t SplitWide(const short* input, std::size_t frames, float* const* outputs,
-                      std::index_sequence<kChannel...>) {
+std::size_t DeinterleaveWide(const short* input, std::size_t frames, float* const* outputs,
+                             std::index_sequence<kChannel...>) {
   constexpr std::size_t kStride = sizeof...(kChannel);
   float* const output[] = {outputs[kChannel]...};
   std::size_t done = 0;
-  for (; done + kSplitTurn + Tail(kStride) <= frames; done += kSplitTurn) {
+  for (; done + kDeinterleaveTurn + Tail(kStride) <= frames; done += kDeinterleaveTurn) {
     const short* const frame = input + done * kStride;
     const auto load = [frame](std::size_t f) {
-      return LoadHalves(frame + f * kStride, frame + (f + kSplitTurn / 2) * kStride);
+      return LoadHalves(frame + f * kStride, frame + (f + kDeinterleaveTurn / 2) * kStride);
     };
     const __m256i a = load(0);
     const __m256i b = load(1);
@@ -98,13 +97,13 @@ std::size_t SplitWide(const short* input, std::size_t frames, float* const* outp
 }
 
 template <std::size_t kChannels>
-std::size_t SplitWide(const short* input, std::size_t frames, float* const* outputs) {
-  return SplitWide(input, frames, outputs, std::make_index_sequence<kChannels>());
+std::size_t DeinterleaveWide(const short* input, std::size_t frames, float* const* outputs) {
+  return DeinterleaveWide(input, frames, outputs, std::make_index_sequence<kChannels>());
 }
 
-std::size_t JoinStereo(const short* const* inputs, std::size_t frames, short* output) {
+std::size_t InterleaveStereo(const short* const* inputs, std::size_t frames, short* output) {
   std::size_t done = 0;
-  for (; done + kJoinTurn <= frames; done += kJoinTurn) {
+  for (; done + kInterleaveTurn <= frames; done += kInterleaveTurn) {
     const __m256i left = Load(inputs[0] + done);
     const __m256i right = Load(inputs[1] + done);
     const __m256i low = _mm256_unpacklo_epi16(left, right);
@@ -134,12 +133,12 @@ void TransposeFour(__m256i ab, __m256i cd, __m256i ef, __m256i gh, __m256i* fram
 
 // The stores go in the order of the frames: what one leaves beyond its frame, the next overwrites.
 template <std::size_t kChannels, std::size_t... kFrame>
-std::size_t JoinWide(const short* const* inputs, std::size_t frames, short* output,
-                     std::index_sequence<kFrame...>) {
+std::size_t InterleaveWide(const short* const* inputs, std::size_t frames, short* output,
+                           std::index_sequence<kFrame...>) {
   const short* input[kChannels];
-  std::copy_n(inputs, kChannels, input);
+  for (std::size_t c = 0; c < kChannels; ++c) input[c] = inputs[c];
   std::size_t done = 0;
-  for (; done + kJoinTurn + Tail(kChannels) <= frames; done += kJoinTurn) {
+  for (; done + kInterleaveTurn + Tail(kChannels) <= frames; done += kInterleaveTurn) {
     const auto load = [&](std::size_t channel) {
       return channel < kChannels ? Load(input[channel] + done) : _mm256_setzero_si256();
     };
@@ -151,7 +150,7 @@ std::size_t JoinWide(const short* const* inputs, std::size_t frames, short* outp
     const __m256i f = load(5);
     const __m256i g = load(6);
     const __m256i h = load(7);
-    __m256i joined[kJoinTurn / 2];
+    __m256i joined[kInterleaveTurn / 2];
     TransposeFour(_mm256_unpacklo_epi16(a, b), _mm256_unpacklo_epi16(c, d),
                   _mm256_unpacklo_epi16(e, f), _mm256_unpacklo_epi16(g, h), joined);
     TransposeFour(_mm256_unpackhi_epi16(a, b), _mm256_unpackhi_epi16(c, d),
@@ -159,62 +158,63 @@ std::size_t JoinWide(const short* const* inputs, std::size_t frames, short* outp
     short* const frame = output + done * kChannels;
     (StoreHalf(_mm256_castsi256_si128(joined[kFrame]), frame + kFrame * kChannels), ...);
     (StoreHalf(_mm256_extracti128_si256(joined[kFrame], 1),
-               frame + (kFrame + kJoinTurn / 2) * kChannels),
+               frame + (kFrame + kInterleaveTurn / 2) * kChannels),
      ...);
   }
   return done;
 }
 
 template <std::size_t kChannels>
-std::size_t JoinWide(const short* const* inputs, std::size_t frames, short* output) {
-  return JoinWide<kChannels>(inputs, frames, output, std::make_index_sequence<kJoinTurn / 2>());
+std::size_t InterleaveWide(const short* const* inputs, std::size_t frames, short* output) {
+  return InterleaveWide<kChannels>(inputs, frames, output,
+                                   std::make_index_sequence<kInterleaveTurn / 2>());
 }
 
 }  // namespace
 
-std::size_t SplitChannelsVector(const short* input, std::size_t frames, std::size_t channels,
-                                float* const* outputs) noexcept {
+std::size_t DeinterleaveVector(const short* input, std::size_t frames, std::size_t channels,
+                               float* const* outputs) noexcept {
   if (!IsSupported()) return 0;
   switch (channels) {
     case 1:
-      return SplitMono(input, frames, outputs[0]);
+      return DeinterleaveMono(input, frames, outputs[0]);
     case 2:
-      return SplitStereo(input, frames, outputs);
+      return DeinterleaveStereo(input, frames, outputs);
     case 3:
-      return SplitWide<3>(input, frames, outputs);
+      return DeinterleaveWide<3>(input, frames, outputs);
     case 4:
-      return SplitWide<4>(input, frames, outputs);
+      return DeinterleaveWide<4>(input, frames, outputs);
     case 5:
-      return SplitWide<5>(input, frames, outputs);
+      return DeinterleaveWide<5>(input, frames, outputs);
     case 6:
-      return SplitWide<6>(input, frames, outputs);
+      return DeinterleaveWide<6>(input, frames, outputs);
     case 7:
-      return SplitWide<7>(input, frames, outputs);
+      return DeinterleaveWide<7>(input, frames, outputs);
     case 8:
-      return SplitWide<8>(input, frames, outputs);
+      return DeinterleaveWide<8>(input, frames, outputs);
     default:
       return 0;
   }
 }
 
-std::size_t JoinChannelsVector(const short* const* inputs, std::size_t channels, std::size_t frames,
-                               short* output) noexcept {
+std::size_t InterleaveVector(const short* const* inputs, std::size_t channels, std::size_t frames,
+                             short* output) noexcept {
   if (!IsSupported()) return 0;
   switch (channels) {
     case 2:
-      return JoinStereo(inputs, frames, output);
+      return InterleaveStereo(inputs, frames, output);
     case 3:
-      return JoinWide<3>(inputs, frames, output);
+      return InterleaveWide<3>(inputs, frames, output);
     case 4:
-      return JoinWide<4>(inputs, frames, output);
+      return InterleaveWide<4>(inputs, frames, output);
     case 5:
-      return JoinWide<5>(inputs, frames, output);
+      return InterleaveWide<5>(inputs, frames, output);
     case 6:
-      return JoinWide<6>(inputs, frames, output);
+      return InterleaveWide<6>(inputs, frames, output);
     case 7:
-      return JoinWide<7>(inputs, frames, output);
+      return InterleaveWide<7>(inputs, frames, output);
     case 8:
-      return JoinWide<8>(inputs, frames, output);
+      return InterleaveWide<8>(inputs, frames, output);
     default:
       return 0;
   }

@@ -45,15 +45,15 @@ __m256i Samples(const WindowSums& a, const WindowSums& b, const WindowSums& c, c
 
 // Stores four windows' samples, or as many as there are.
 void Store(__m256i samples, std::size_t windows, short* output, std::size_t distance) {
+  const auto store = [output, distance](std::size_t window, __m128i four) {
+    _mm_storel_epi64(reinterpret_cast<__m128i*>(output + window * distance), four);
+  };
   const __m128i first = _mm256_castsi256_si128(samples);
   const __m128i second = _mm256_extracti128_si256(samples, 1);
-  _mm_storel_epi64(reinterpret_cast<__m128i*>(output), first);
-  if (windows > 1)
-    _mm_storeh_pd(reinterpret_cast<double*>(output + distance), _mm_castsi128_pd(first));
-  if (windows > 2) _mm_storel_epi64(reinterpret_cast<__m128i*>(output + 2 * distance), second);
-  if (windows > 3) {
-    _mm_storeh_pd(reinterpret_cast<double*>(output + 3 * distance), _mm_castsi128_pd(second));
-  }
+  store(0, first);
+  if (windows > 1) store(1, _mm_unpackhi_epi64(first, first));
+  if (windows > 2) store(2, second);
+  if (windows > 3) store(3, _mm_unpackhi_epi64(second, second));
 }
 
 template <std::size_t... kWindow>

@@ -26,8 +26,16 @@ constexpr std::wstring_view kWithoutSource = L"No source.";
 // A pass makes no more frames than this, so that buffers stay small whatever the frequencies.
 constexpr double kPassOutput = 16384;
 
+// Many channels take their input in shorter passes: so many samples of all of them, but not fewer
+// than the shortest pass.
+constexpr std::size_t kPassSamples = std::size_t{1} << 20;
+constexpr std::size_t kShortestPass = 64;
+
 // No more input than this is made room for at once.
 constexpr std::size_t kMostReserved = std::size_t{1} << 20;
+
+// A block has fewer samples than this.
+constexpr std::size_t kMostSamples = std::numeric_limits<std::size_t>::max() / sizeof(short);
 
 // A frequency that does not fit is as good as unknown.
 int ToInt(unsigned long value) {
@@ -39,6 +47,12 @@ class ResamplingMediaAccessorImpl final : public ResamplingMediaAccessor, public
  public:
   using CMediaAccessor::GetDescription;
 
+  ResamplingMediaAccessorImpl() {
+    // A long block grows over many passes.
+    constexpr std::size_t kLargestStep = std::size_t{1} << 24;
+    output_.SetGrowth(CFTarray<short>::kDefaultStep, kLargestStep, true, false);
+  }
+
   unsigned long GetSamplingFrequency() const override {
     return outputFrequency_ > 0 ? static_cast<unsigned long>(outputFrequency_) : 0;
   }
@@ -49,13 +63,14 @@ class ResamplingMediaAccessorImpl final : public ResamplingMediaAccessor, public
   QVERRORCODE_TAG SetOutputSamplingFrequency(int hertz) override;
 
  private:
-  void BeginStream();
+  QVERRORCODE_TAG BeginStream();
   QVERRORCODE_TAG SetUpResamplers(int inputFrequency);
   void Take(const short* samples, std::size_t frames, std::size_t channels);
   void TakeApart(const short* samples, std::size_t frames, std::size_t channels);
   template <class Make>
   void Append(std::size_t frames, std::size_t channels, const Make& make);
   void Join(std::size_t frames, std::size_t channels, short* output) const;
+  std::size_t Finish(std::size_t channels);
 
   int outputFrequency_ = 0;           // Hz
   unsigned long channels_ = 0;        // of the source when the stream began
@@ -67,30 +82,33 @@ class ResamplingMediaAccessorImpl final : public ResamplingMediaAccessor, public
   CFTarray<const short*> planes_;  // each channel's part of it
   CFTarray<float*> inputs_;        // where each channel's next input goes
   CFTarray<short> output_;         // the block
+  bool isDropped_ = false;         // some of it, for want of memory
 };
 
 QVERRORCODE_TAG ResamplingMediaAccessorImpl::SetSource(CMediaAccessor* source) {
   return NoThrow([&] {
     const QVERRORCODE_TAG result = AttachSource(source);
     // How the beginning of the stream went is not the answer, on purpose.
-    if (result == QVERR_OK) BeginStream();
+    if (result == QVERR_OK && outputFrequency_ > 0)
+      setUp_ = NoThrow([this] { return BeginStream(); });
+    if (setUp_ != QVERR_OK) resamplers_.Clear();
     return result;
   });
 }
 
 QVERRORCODE_TAG ResamplingMediaAccessorImpl::SetOutputSamplingFrequency(int hertz) {
   outputFrequency_ = hertz;
-  SetSource(GetSource());
+  // A source that is refused by now is not read at another frequency than is told.
+  if (SetSource(GetSource()) != QVERR_OK) setUp_ = QVERR_INVALID_ARGUMENT;
   return QVERR_OK;
 }
 
-void ResamplingMediaAccessorImpl::BeginStream() {
+QVERRORCODE_TAG ResamplingMediaAccessorImpl::BeginStream() {
   const CMediaAccessor* const source = GetSource();
-  if (outputFrequency_ < 1) return;
   resamplers_.Clear();
+  channels_ = 0;
   channels_ = source->GetChannelCount();
-  setUp_ = channels_ > 0 ? SetUpResamplers(ToInt(source->GetSamplingFrequency())) : QVERR_OK;
-  if (setUp_ != QVERR_OK) resamplers_.Clear();
+  return channels_ > 0 ? SetUpResamplers(ToInt(source->GetSamplingFrequency())) : QVERR_OK;
 }
 
 QVERRORCODE_TAG ResamplingMediaAccessorImpl::SetUpResamplers(int inputFrequency) {
@@ -100,15 +118,18 @@ QVERRORCODE_TAG ResamplingMediaAccessorImpl::SetUpResamplers(int inputFrequency)
     return QVERR_CREATE_FAILED;
   }
   const double factor = static_cast<double>(outputFrequency_) / inputFrequency;
-  constexpr auto kMost = static_cast<double>(SingleChannelResampler::kMostInput);
-  passInput_ = static_cast<std::size_t>(std::clamp(kPassOutput / factor, 1.0, kMost));
+  const std::size_t most =
+      std::clamp(kPassSamples / channels_, kShortestPass, SingleChannelResampler::kMostInput);
+  passInput_ =
+      static_cast<std::size_t>(std::clamp(kPassOutput / factor, 1.0, static_cast<double>(most)));
   const std::size_t tail = static_cast<std::size_t>(filter_.Half()) + 1;
   const auto plane =
       static_cast<std::size_t>(static_cast<double>(std::max(passInput_, tail)) * factor) + 2;
   if (!planar_.Resize(channels_ * plane)) return QVERR_CREATE_FAILED;
   for (unsigned long channel = 0; channel < channels_; ++channel) {
     planes_[channel] = planar_.Data() + channel * plane;
-    if (resamplers_[channel].Initialize(filter_) != QVERR_OK) return QVERR_CREATE_FAILED;
+    if (resamplers_[channel].Initialize(filter_, passInput_) != QVERR_OK)
+      return QVERR_CREATE_FAILED;
   }
   return QVERR_OK;
 }
@@ -118,7 +139,9 @@ QVERRORCODE_TAG ResamplingMediaAccessorImpl::ReadBlock(const short*& samples, un
   samples = nullptr;
   frames = 0;
   CMediaAccessor* const source = GetSource();
-  if (source == nullptr || outputFrequency_ < 1) return QVERR_INVALID_ARGUMENT;
+  if (source == nullptr || outputFrequency_ < 1 || setUp_ == QVERR_INVALID_ARGUMENT) {
+    return QVERR_INVALID_ARGUMENT;
+  }
   return NoThrow([&] {
     unsigned long taken = 0;
     do {
@@ -129,9 +152,11 @@ QVERRORCODE_TAG ResamplingMediaAccessorImpl::ReadBlock(const short*& samples, un
       if (result != QVERR_OK) return result;
       if (setUp_ != QVERR_OK) return setUp_;
       if (channels == 0 || resamplers_.IsEmpty()) return QVERR_OK;
+      if (block == nullptr) taken = 0;
       Take(block, taken, channels);
-      frames = static_cast<unsigned long>(output_.Count() / channels);
+      frames = static_cast<unsigned long>(Finish(channels));
       if (frames > 0) samples = output_.Data();
+      if (frames == 0 && isDropped_) return QVERR_CREATE_FAILED;
       // 0 frames are the end of a stream, so a block too short to give any is not the last word.
     } while (frames == 0 && taken > 0);
     return QVERR_OK;
@@ -142,6 +167,7 @@ void ResamplingMediaAccessorImpl::Take(const short* samples, std::size_t frames,
                                        std::size_t channels) {
   SingleChannelResampler& first = resamplers_[0];
   output_.Clear();
+  isDropped_ = false;
   if (frames == 0) {
     Append(first.TailCount(), channels,
            [](SingleChannelResampler& resampler, short* output) { resampler.Flush(output); });
@@ -181,14 +207,16 @@ template <class Make>
 void ResamplingMediaAccessorImpl::Append(std::size_t frames, std::size_t channels,
                                          const Make& make) {
   const std::size_t before = output_.Count();
-  const bool isDropped = !output_.Resize(before + frames * channels);
-  short* const output = isDropped ? nullptr : output_.Data() + before;
+  const bool hasRoom = channels <= (kMostSamples - before) / std::max<std::size_t>(frames, 1) &&
+                       output_.Resize(before + frames * channels);
+  isDropped_ = isDropped_ || !hasRoom;
+  short* const output = hasRoom ? output_.Data() + before : nullptr;
   const std::size_t plane = planar_.Count() / resamplers_.Count();
   for (std::size_t c = 0; c < resamplers_.Count(); ++c) {
     short* const made = channels == 1 ? output : planar_.Data() + c * plane;
-    make(resamplers_[c], isDropped || c >= channels ? nullptr : made);
+    make(resamplers_[c], hasRoom && c < channels ? made : nullptr);
   }
-  if (!isDropped && channels > 1) Join(frames, channels, output);
+  if (hasRoom && channels > 1) Join(frames, channels, output);
 }
 
 // Channels that the source did not have when the stream began are silent.
@@ -203,6 +231,20 @@ void ResamplingMediaAccessorImpl::Join(std::size_t frames, std::size_t channels,
   for (std::size_t c = 0; c < std::min(channels, count); ++c) {
     for (std::size_t f = 0; f < frames; ++f) output[f * channels + c] = planes_[c][f];
   }
+}
+
+// The frames of the block. Whoever counts its channels by GetChannelCount, where the source has
+// fewer by now, reads silence behind them.
+std::size_t ResamplingMediaAccessorImpl::Finish(std::size_t channels) {
+  const std::size_t frames = output_.Count() / channels;
+  const std::size_t count = output_.Count();
+  if (channels >= channels_) return frames;
+  if (!output_.Resize(frames * channels_)) {
+    isDropped_ = true;
+    return 0;
+  }
+  std::fill(output_.Data() + count, output_.Data() + output_.Count(), short{0});
+  return frames;
 }
 
 unsigned long ResamplingMediaAccessorImpl::GetDescription(wchar_t* buffer,

@@ -35,7 +35,8 @@ QVERRORCODE_TAG InitializeResampling(PolyphaseFilter& filter, int inputFrequency
   return filter.Initialize(design);
 }
 
-QVERRORCODE_TAG SingleChannelResampler::Initialize(const PolyphaseFilter& filter) noexcept {
+QVERRORCODE_TAG SingleChannelResampler::Initialize(const PolyphaseFilter& filter,
+                                                   std::size_t most) noexcept {
   constexpr std::size_t kMargin = PolyphaseFilter::kMargin;
   constexpr std::size_t kAlignment = kPolyphaseStep * sizeof(float);
   filter_ = &filter;
@@ -44,7 +45,7 @@ QVERRORCODE_TAG SingleChannelResampler::Initialize(const PolyphaseFilter& filter
   time_ = static_cast<double>(history_);
   // From the first sample of the stream, which is aligned, to the end of the silence: a pass keeps
   // twice the history, and less than a step more.
-  const std::size_t stream = 2 * history_ + kPolyphaseStep + kMostInput + kMargin;
+  const std::size_t stream = 2 * history_ + kPolyphaseStep + most + kMargin;
   memory_.SetGrowth(1, 1, false, false);
   if (!memory_.Resize(kMargin + history_ + stream + kPolyphaseStep)) return QVERR_CREATE_FAILED;
   std::fill_n(memory_.Data(), memory_.Count(), 0.0F);

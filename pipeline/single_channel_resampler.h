@@ -25,21 +25,22 @@ QVERRORCODE_TAG InitializeResampling(PolyphaseFilter& filter, int inputFrequency
 /// samples that are not needed again are moved out, in whole steps of kPolyphaseStep.
 class SingleChannelResampler {
  public:
-  /// The most input samples that a pass takes.
+  /// Longer passes save nothing, and leave the first-level cache.
   static constexpr std::size_t kMostInput = 4096;
 
   /// Begins a stream.
   /// @param filter  not owned; shared by all channels.
+  /// @param most    input samples in a pass, at most kMostInput.
   /// @return QVERR_OK; QVERR_CREATE_FAILED when memory runs out.
-  QVERRORCODE_TAG Initialize(const PolyphaseFilter& filter) noexcept;
+  QVERRORCODE_TAG Initialize(const PolyphaseFilter& filter, std::size_t most) noexcept;
 
   /// Where the input of a pass goes.
   float* End() noexcept { return input_ + filled_; }
 
   /// How many output samples a pass makes when so many more input samples have come.
   std::size_t OutputCount(std::size_t samples) const noexcept;
-  /// A pass: takes `samples`, at most kMostInput, that stand at the end, and makes what can be
-  /// made.
+  /// A pass: takes `samples`, no more than it was set up for, that stand at the end, and makes what
+  /// can be made.
   /// @param output  receives OutputCount(samples) samples; null drops them.
   void Run(std::size_t samples, short* output) noexcept;
 

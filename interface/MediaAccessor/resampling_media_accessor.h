@@ -57,8 +57,8 @@ class MEDIA_ACCESSOR_API ResamplingMediaAccessor : public CMediaAccessorDecorato
 
   /// Sets the output frequency and begins a new stream from the present source.
   /// @param hertz  below 1 there is none.
-  /// @return QVERR_OK, always: what does not suit, the reads report. Where SetSource would by now
-  ///         refuse the source, the conversion goes on as it was.
+  /// @return QVERR_OK, always: what does not suit, the reads report, also a source that SetSource
+  ///         would refuse by now.
   virtual QVERRORCODE_TAG SetOutputSamplingFrequency(int hertz) = 0;
 
   /// Reads on in the source until there is something to deliver, so that 0 frames always are an
@@ -68,15 +68,18 @@ class MEDIA_ACCESSOR_API ResamplingMediaAccessor : public CMediaAccessorDecorato
   ///
   /// A block has as many channels as the source has now. When the source's channel count changes
   /// without SetSource, say by a selection on a file, channels beyond those that it had are silent,
-  /// and one that went and comes back was silent meanwhile; call SetSource again to follow it. A
-  /// source without channels, now or when it was set, gives 0 frames.
+  /// and one that went and comes back was silent meanwhile; GetChannelCount still tells the old
+  /// count, and so many samples a frame may be read in any case. The frequency of the source is the
+  /// one that it had, too. Call SetSource again to follow it. A source without channels, now or
+  /// when it was set, gives 0 frames.
   /// @param context  handed on to the source.
   /// @return QVERR_OK; QVERR_INVALID_ARGUMENT without a source (not QVERR_NO_SOURCE, on purpose) or
-  ///         output frequency; the source's failure as it is; QVERR_BAD_STATE when the source's
-  ///         frequency is unknown or does not fit an int, is 62.46875 (1999/32) times the output
-  ///         frequency or more, or below 1/1024 of it; QVERR_CREATE_FAILED when there was no memory
-  ///         for setting up. Those two come after a block of the source was read, which is lost.
-  ///         Samples for which there is no memory later are dropped.
+  ///         output frequency, or when the source was refused as the frequency was set; the
+  ///         source's failure as it is; QVERR_BAD_STATE when the source's frequency is unknown or
+  ///         does not fit an int, is 62.46875 (1999/32) times the output frequency or more, or
+  ///         below 1/1024 of it; QVERR_CREATE_FAILED when there was no memory for setting up, or
+  ///         for any sample of a block: where there is for some, the others are dropped. A set-up
+  ///         that failed is told after a block of the source was read, which is lost.
   QVERRORCODE_TAG ReadBlock(const short*& samples, unsigned long& frames,
                             void* context = nullptr) override = 0;
 

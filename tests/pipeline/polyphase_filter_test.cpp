@@ -221,8 +221,13 @@ TEST(ResamplingMediaAccessor, MemoryRunsOutWhileReading) {
     while (next < steps.size()) {
       const short* samples = nullptr;
       unsigned long frames = 0;
-      ASSERT_EQ(resampler->ReadBlock(samples, frames), QVERR_OK);
-      const std::size_t step = next - 1;  // those before it came to nothing
+      const QVERRORCODE_TAG result = resampler->ReadBlock(samples, frames);
+      const std::size_t step = next - 1;
+      if (isLimited && result == QVERR_CREATE_FAILED) {
+        EXPECT_EQ(samples, nullptr);
+        continue;
+      }
+      ASSERT_EQ(result, QVERR_OK);
       const Samples block(samples, samples + frames * steps[step].channels);
       ++delivered;
       if (!isLimited) {

@@ -92,6 +92,18 @@ TEST(ResamplingMediaAccessor, Settings) {
   EXPECT_EQ(frames, 100U - 33) << "the filter looks 33 samples ahead";
   source.flagged = true;
   EXPECT_TRUE(resampler->IsFlagged()) << "the source's answer travels up";
+  EXPECT_EQ(resampler->SetOutputSamplingFrequency(4000), QVERR_OK);
+  EXPECT_EQ(ReadCode(*resampler), QVERR_INVALID_ARGUMENT) << "nothing at another frequency";
+}
+
+TEST(ResamplingMediaAccessor, SourcesWithoutAudio) {
+  struct : tests::FakeSource {
+    using FakeSource::FakeSource;
+    unsigned long GetSamplingFrequency() const override { throw QVERR_FILE_IO; }
+  } throwing(1, {Samples(100)});
+  EXPECT_EQ(ReadCode(*ResamplerOf(throwing, 16000)), QVERR_FILE_IO);
+  tests::FakeSource none(0, {});
+  EXPECT_EQ(ReadCode(*ResamplerOf(none, 16000)), QVERR_OK);
 }
 
 TEST(ResamplingMediaAccessor, FrequenciesThatDoNotSuit) {
@@ -206,6 +218,7 @@ TEST(ResamplingMediaAccessor, TheChannelCountMayChangeInTheStream) {
       unsigned long frames = 0;
       ASSERT_EQ(resampler->ReadBlock(samples, frames), QVERR_OK);
       blocks.emplace_back(channels, Samples(samples, samples + frames * channels));
+      for (std::size_t s = frames * channels; s < frames * begun; ++s) ASSERT_EQ(samples[s], 0);
     } while (!blocks.back().second.empty());
     std::vector<Samples> expected;
     for (const Samples& track : tracks) expected.push_back(Resample(16000, 11025, track));

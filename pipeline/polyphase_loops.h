@@ -15,7 +15,8 @@ namespace Quorvex {
 /// The sums of one window, row by row.
 ///
 /// What a kernel supplies: `Vector`, whose default is zeros, with
-///     static constexpr std::size_t kLanes            floats in a vector, a divisor of the step
+///     static constexpr std::size_t kLanes            floats in a vector, a divisor of the step;
+///                                                    for FilterInterpolated alone also twice it
 ///     static constexpr std::size_t kMostWindows      how many windows' sums fit the registers
 ///     static Vector Load(const float*)               aligned as it comes
 ///     static Vector MultiplyAdd(Vector a, Vector b, Vector sum)

@@ -89,8 +89,9 @@ QVERRORCODE_TAG ResamplingMediaAccessorImpl::SetSource(CMediaAccessor* source) {
   return NoThrow([&] {
     const QVERRORCODE_TAG result = AttachSource(source);
     // How the beginning of the stream went is not the answer, on purpose.
-    if (result == QVERR_OK && outputFrequency_ > 0)
+    if (result == QVERR_OK && outputFrequency_ > 0) {
       setUp_ = NoThrow([this] { return BeginStream(); });
+    }
     if (setUp_ != QVERR_OK) resamplers_.Clear();
     return result;
   });

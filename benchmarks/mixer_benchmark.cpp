@@ -4,26 +4,19 @@
 
 #include <cstring>
 #include <numeric>
-#include <random>
 #include <string>
 #include <vector>
 
 #include "benchmarks/comparison.h"
+#include "benchmarks/noise.h"
 
 namespace {
 
 constexpr std::size_t kFrames = 4096;
 
-std::vector<short> Noise(std::size_t samples) {
-  std::minstd_rand noise;
-  std::vector<short> block(samples);
-  for (short& sample : block) sample = static_cast<short>(noise() >> 8);
-  return block;
-}
-
 void AddMixer(const std::string& job, int channels, const std::vector<int>& selected, int mode) {
-  const auto input =
-      std::make_shared<std::vector<short>>(Noise(kFrames * static_cast<std::size_t>(channels)));
+  const auto input = std::make_shared<std::vector<short>>(
+      benchmarks::Noise(kFrames * static_cast<std::size_t>(channels), 32767));
   std::shared_ptr<Quorvex::MediaAccessorMixer> mixer(Quorvex::MediaAccessorMixer::CreateInstance(),
                                                      Quorvex::ObjectReleaser());
   mixer->SetChannelCount(channels);

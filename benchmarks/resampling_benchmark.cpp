@@ -7,13 +7,13 @@
 #include <algorithm>
 #include <functional>
 #include <memory>
-#include <random>
 #include <span>
 #include <string>
 #include <vector>
 
 #include "benchmarks/comparison.h"
 #include "benchmarks/memory_source.h"
+#include "benchmarks/noise.h"
 #include "benchmarks/resampling_peers.h"
 
 namespace {
@@ -21,24 +21,17 @@ namespace {
 using benchmarks::Conversion;
 using benchmarks::Converter;
 using benchmarks::MemorySource;
+using benchmarks::Noise;
 
 constexpr std::size_t kRunFrames = 65'536;  // of input: peers collect some before they work
 constexpr std::size_t kBlockFrames = 4'096;
+constexpr int kLevel = 16384;       // half scale, so that nothing clips
 constexpr std::size_t kBlocks = 4;  // again and again: they stay in the cache, as just decoded
-
-// At half scale, so that nothing clips.
-std::vector<short> Noise(std::size_t samples) {
-  std::minstd_rand random;
-  std::uniform_int_distribution<int> level(-16384, 16384);
-  std::vector<short> noise(samples);
-  for (short& sample : noise) sample = static_cast<short>(level(random));
-  return noise;
-}
 
 std::function<unsigned long long()> RunOurs(const Conversion& conversion, std::size_t blockFrames) {
   const auto source = std::make_shared<MemorySource>(
       MemorySource::Format{conversion.input, conversion.channels, blockFrames},
-      Noise(kBlocks * blockFrames * conversion.channels), true);
+      Noise(kBlocks * blockFrames * conversion.channels, kLevel), true);
   const std::shared_ptr<Quorvex::ResamplingMediaAccessor> accessor(
       Quorvex::ResamplingMediaAccessor::CreateInstance(), Quorvex::ObjectReleaser());
   accessor->SetOutputSamplingFrequency(static_cast<int>(conversion.output));
@@ -59,7 +52,7 @@ std::function<unsigned long long()> RunOurs(const Conversion& conversion, std::s
 std::function<unsigned long long()> RunPeer(const Conversion& conversion, std::size_t blockFrames,
                                             const Converter& converter) {
   const std::size_t blockSamples = blockFrames * conversion.channels;
-  const auto input = std::make_shared<std::vector<short>>(Noise(kBlocks * blockSamples));
+  const auto input = std::make_shared<std::vector<short>>(Noise(kBlocks * blockSamples, kLevel));
   const auto output = std::make_shared<std::vector<short>>(conversion.OutputRoom(blockFrames) *
                                                            conversion.channels);
   return [=] {
@@ -114,7 +107,7 @@ void AddSetUp(const Conversion& conversion) {
   const std::string job = NameOf(conversion) + ", set-up";
   const auto source = std::make_shared<MemorySource>(
       MemorySource::Format{conversion.input, conversion.channels, kBlockFrames},
-      Noise(kBlockFrames), true);
+      Noise(kBlockFrames, kLevel), true);
   benchmarks::Add(job, "ours", "set-up", [=]() -> unsigned long long {
     const Quorvex::ResamplingMediaAccessorPtr accessor(
         Quorvex::ResamplingMediaAccessor::CreateInstance());

@@ -54,7 +54,6 @@ void WindowedSinc::Compute(double offset, double* values) const {
     }
   }
   if (offset == 0) values[0] = cutOff_;
-  if (offset == 1) values[half_ - 1] = 0;
 }
 
 }  // namespace Quorvex

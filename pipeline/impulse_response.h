@@ -18,7 +18,7 @@ class WindowedSinc {
   WindowedSinc(double cutOff, double kaiserBeta, std::int64_t half);
 
   /// Computes h(offset), h(offset + 1), ... up to h(offset + H - 1).
-  /// @param offset  0 to 1
+  /// @param offset  from 0 to below 1
   /// @param values  receives H of them.
   void Compute(double offset, double* values) const;
 

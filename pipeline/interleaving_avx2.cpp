@@ -96,11 +96,6 @@ std::size_t DeinterleaveWide(const short* input, std::size_t frames, float* cons
   return done;
 }
 
-template <std::size_t kChannels>
-std::size_t DeinterleaveWide(const short* input, std::size_t frames, float* const* outputs) {
-  return DeinterleaveWide(input, frames, outputs, std::make_index_sequence<kChannels>());
-}
-
 std::size_t InterleaveStereo(const short* const* inputs, std::size_t frames, short* output) {
   std::size_t done = 0;
   for (; done + kInterleaveTurn <= frames; done += kInterleaveTurn) {
@@ -164,10 +159,25 @@ std::size_t InterleaveWide(const short* const* inputs, std::size_t frames, short
   return done;
 }
 
-template <std::size_t kChannels>
-std::size_t InterleaveWide(const short* const* inputs, std::size_t frames, short* output) {
-  return InterleaveWide<kChannels>(inputs, frames, output,
-                                   std::make_index_sequence<kInterleaveTurn / 2>());
+// Calls `run` with a sequence as long as there are channels, for as many as a transposition takes.
+template <class Run>
+std::size_t RunWide(std::size_t channels, const Run& run) {
+  switch (channels) {
+    case 3:
+      return run(std::make_index_sequence<3>());
+    case 4:
+      return run(std::make_index_sequence<4>());
+    case 5:
+      return run(std::make_index_sequence<5>());
+    case 6:
+      return run(std::make_index_sequence<6>());
+    case 7:
+      return run(std::make_index_sequence<7>());
+    case 8:
+      return run(std::make_index_sequence<8>());
+    default:
+      return 0;
+  }
 }
 
 }  // namespace
@@ -175,49 +185,20 @@ std::size_t InterleaveWide(const short* const* inputs, std::size_t frames, short
 std::size_t DeinterleaveVector(const short* input, std::size_t frames, std::size_t channels,
                                float* const* outputs) noexcept {
   if (!IsSupported()) return 0;
-  switch (channels) {
-    case 1:
-      return DeinterleaveMono(input, frames, outputs[0]);
-    case 2:
-      return DeinterleaveStereo(input, frames, outputs);
-    case 3:
-      return DeinterleaveWide<3>(input, frames, outputs);
-    case 4:
-      return DeinterleaveWide<4>(input, frames, outputs);
-    case 5:
-      return DeinterleaveWide<5>(input, frames, outputs);
-    case 6:
-      return DeinterleaveWide<6>(input, frames, outputs);
-    case 7:
-      return DeinterleaveWide<7>(input, frames, outputs);
-    case 8:
-      return DeinterleaveWide<8>(input, frames, outputs);
-    default:
-      return 0;
-  }
+  if (channels == 1) return DeinterleaveMono(input, frames, outputs[0]);
+  if (channels == 2) return DeinterleaveStereo(input, frames, outputs);
+  return RunWide(channels,
+                 [&](auto sequence) { return DeinterleaveWide(input, frames, outputs, sequence); });
 }
 
 std::size_t InterleaveVector(const short* const* inputs, std::size_t channels, std::size_t frames,
                              short* output) noexcept {
   if (!IsSupported()) return 0;
-  switch (channels) {
-    case 2:
-      return InterleaveStereo(inputs, frames, output);
-    case 3:
-      return InterleaveWide<3>(inputs, frames, output);
-    case 4:
-      return InterleaveWide<4>(inputs, frames, output);
-    case 5:
-      return InterleaveWide<5>(inputs, frames, output);
-    case 6:
-      return InterleaveWide<6>(inputs, frames, output);
-    case 7:
-      return InterleaveWide<7>(inputs, frames, output);
-    case 8:
-      return InterleaveWide<8>(inputs, frames, output);
-    default:
-      return 0;
-  }
+  if (channels == 2) return InterleaveStereo(inputs, frames, output);
+  return RunWide(channels, [&](auto sequence) {
+    return InterleaveWide<decltype(sequence)::size()>(
+        inputs, frames, output, std::make_index_sequence<kInterleaveTurn / 2>());
+  });
 }
 
 }  // namespace Quorvex

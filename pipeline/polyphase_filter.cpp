@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <memory>
 #include <numeric>
 #include <utility>
 
@@ -24,8 +23,6 @@ constexpr auto kRows = static_cast<std::int64_t>(kPolyphaseRows);
 constexpr double kStoredPhases = 32;
 
 constexpr std::int64_t kMostRepeatedRows = 128;
-
-constexpr std::size_t kAlignment = 64;  // bytes: a cache line
 
 std::int64_t DividedUp(std::int64_t value, std::int64_t by) { return (value + by - 1) / by; }
 
@@ -87,7 +84,6 @@ PolyphaseLayout Plan(const PolyphaseDesign& design) {
   const std::int64_t repetitions = std::max(kRows / std::gcd(kRows, l), kStep / std::gcd(kStep, m));
   // More could not fit, and laying them out would take long.
   if (static_cast<std::size_t>(l) * kPolyphaseStep * sizeof(float) <= PolyphaseLayout::kMostBytes) {
-    layout.phases = l;
     if (l * repetitions <= kMostRepeatedRows) {
       Group(layout, repetitions);
       if (Fits(layout)) return layout;
@@ -100,10 +96,6 @@ PolyphaseLayout Plan(const PolyphaseDesign& design) {
   layout.rows = layout.phases + kRows - 1;  // those of the places -1 to phases + 1
   layout.steps = 2 * DividedUp(design.length, 2 * kStep);
   return layout;
-}
-
-std::size_t Bytes(const PolyphaseLayout& layout) {
-  return layout.Coefficients() * sizeof(float) + kAlignment;
 }
 
 // Half of the response, from `phase` / phases of an input sample on.
@@ -145,7 +137,7 @@ QVERRORCODE_TAG PolyphaseFilter::GetSize(const PolyphaseDesign& design,
                                          std::size_t& bytes) noexcept {
   bytes = 0;
   if (!IsWithinLimits(design)) return QVERR_BAD_STATE;
-  bytes = Bytes(Plan(design));
+  bytes = AlignedFloats::Bytes(Plan(design).Coefficients());
   return QVERR_OK;
 }
 
@@ -157,13 +149,8 @@ QVERRORCODE_TAG PolyphaseFilter::Initialize(const PolyphaseDesign& design,
   const FrequencyRatio& ratio = layout_.ratio;
   inverse_ = InverseModulo(ratio.M(), ratio.L());
 
-  memory_.SetGrowth(1, 1, false, false);
-  if (!memory_.Resize(Bytes(layout_) / sizeof(float))) return QVERR_CREATE_FAILED;
-  void* aligned = memory_.Data();
-  std::size_t space = Bytes(layout_);
-  coefficients_ = static_cast<float*>(
-      std::align(kAlignment, layout_.Coefficients() * sizeof(float), aligned, space));
-  std::fill_n(coefficients_, layout_.Coefficients(), 0.0F);
+  coefficients_ = memory_.Allocate(layout_.Coefficients());
+  if (coefficients_ == nullptr) return QVERR_CREATE_FAILED;
   const WindowedSinc sinc(design.rollOff / Stretching(ratio), design.kaiserBeta, layout_.half);
   if (layout_.isInterpolated) {
     StoreRows(sinc);

@@ -16,9 +16,9 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "pipeline/aligned_floats.h"
 #include "pipeline/frequency_ratio.h"
 #include "pipeline/polyphase_kernel.h"
-#include "support/cft_array.h"
 
 namespace Quorvex {
 
@@ -63,7 +63,7 @@ struct PolyphaseLayout {
   FrequencyRatio ratio;
   bool isInterpolated = false;
   std::int64_t half = 0;    ///< H
-  std::int64_t phases = 0;  ///< stored for each input sample
+  std::int64_t phases = 0;  ///< when interpolated: stored for each input sample
   std::int64_t rows = 0;    ///< until the pattern begins again; when interpolated all
   std::int64_t period = 0;  ///< input samples until it does
   std::int64_t groups = 0;
@@ -135,8 +135,8 @@ class PolyphaseFilter {
   PolyphaseLayout layout_;
   std::int64_t inverse_ = 0;  // of M modulo L: so many rows after the phase 0 comes the phase 1/L
   const PolyphaseKernel* kernel_ = nullptr;  // null: there is no filter
-  CFTarray<float> memory_;
-  float* coefficients_ = nullptr;  // in memory_, aligned
+  AlignedFloats memory_;
+  float* coefficients_ = nullptr;  // in memory_
 };
 
 }  // namespace Quorvex

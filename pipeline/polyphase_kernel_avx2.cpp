@@ -23,18 +23,14 @@ struct AVX2Vector {
     const __m128 pairs = _mm_add_ps(four, _mm_movehl_ps(four, four));
     return _mm_cvtss_f32(_mm_add_ss(pairs, _mm_movehdup_ps(pairs)));
   }
-  static short Round(float value) {
-    const __m128i whole = _mm_cvtps_epi32(_mm_set_ss(value));
-    return static_cast<short>(_mm_cvtsi128_si32(_mm_packs_epi32(whole, whole)));
-  }
+  static short Round(float value) { return RoundSample<AVX2Vector>(value); }
   static void Store(const PolyphaseSums<AVX2Vector>& sums, float gain, short* output) {
     const __m256 ab = _mm256_hadd_ps(sums[0].lanes, sums[1].lanes);
     const __m256 cd = _mm256_hadd_ps(sums[2].lanes, sums[3].lanes);
     const __m256 halves = _mm256_hadd_ps(ab, cd);
     const __m128 total =
         _mm_add_ps(_mm256_castps256_ps128(halves), _mm256_extractf128_ps(halves, 1));
-    const __m128i whole = _mm_cvtps_epi32(_mm_mul_ps(total, _mm_set1_ps(gain)));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(output), _mm_packs_epi32(whole, whole));
+    StoreSamples<AVX2Vector>(total, gain, output);
   }
 
   __m256 lanes = {};

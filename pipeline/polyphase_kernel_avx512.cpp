@@ -102,8 +102,8 @@ void FilterWindows(const PolyphaseWindows& windows) noexcept {
   std::size_t done = 0;
   while (done < windows.count) {
     const std::size_t left = windows.count - done;
-    const std::size_t most = left < 2 * kMostWindows ? left / 2 : kMostWindows;
-    const std::size_t block = left <= kMostWindows ? left : most;
+    std::size_t block = left;
+    if (left > kMostWindows) block = left < 2 * kMostWindows ? left / 2 : kMostWindows;
     kBlocks[block - 1](windows, done);
     done += block;
   }
@@ -118,10 +118,7 @@ struct AVX512Vector {
   }
   static AVX512Vector Broadcast(float value) { return {_mm512_set1_ps(value)}; }
   static float Sum(AVX512Vector v) { return _mm512_reduce_add_ps(v.lanes); }
-  static short Round(float value) {
-    const __m128i whole = _mm_cvtps_epi32(_mm_set_ss(value));
-    return static_cast<short>(_mm_cvtsi128_si32(_mm_packs_epi32(whole, whole)));
-  }
+  static short Round(float value) { return RoundSample<AVX512Vector>(value); }
 
   __m512 lanes = _mm512_setzero_ps();
 };

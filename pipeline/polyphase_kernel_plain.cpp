@@ -28,8 +28,7 @@ struct PlainVector {
     return static_cast<short>(std::lrint(std::clamp(value, -32'768.0F, 32'767.0F)));
   }
   static void Store(const PolyphaseSums<PlainVector>& sums, float gain, short* output) {
-    for (std::size_t row = 0; row < kPolyphaseRows; ++row)
-      output[row] = Round(Sum(sums[row]) * gain);
+    for (const PlainVector& sum : sums) *output++ = Round(Sum(sum) * gain);
   }
 
   std::array<float, kLanes> lanes = {};

@@ -20,10 +20,7 @@ struct SSE2Vector {
     const __m128 pairs = _mm_add_ps(v.lanes, _mm_movehl_ps(v.lanes, v.lanes));
     return _mm_cvtss_f32(_mm_add_ss(pairs, _mm_shuffle_ps(pairs, pairs, 1)));
   }
-  static short Round(float value) {
-    const __m128i whole = _mm_cvtps_epi32(_mm_set_ss(value));
-    return static_cast<short>(_mm_cvtsi128_si32(_mm_packs_epi32(whole, whole)));
-  }
+  static short Round(float value) { return RoundSample<SSE2Vector>(value); }
   static void Store(const PolyphaseSums<SSE2Vector>& sums, float gain, short* output) {
     __m128 a = sums[0].lanes;
     __m128 b = sums[1].lanes;
@@ -31,8 +28,7 @@ struct SSE2Vector {
     __m128 d = sums[3].lanes;
     _MM_TRANSPOSE4_PS(a, b, c, d);
     const __m128 total = _mm_add_ps(_mm_add_ps(a, b), _mm_add_ps(c, d));
-    const __m128i whole = _mm_cvtps_epi32(_mm_mul_ps(total, _mm_set1_ps(gain)));
-    _mm_storel_epi64(reinterpret_cast<__m128i*>(output), _mm_packs_epi32(whole, whole));
+    StoreSamples<SSE2Vector>(total, gain, output);
   }
 
   __m128 lanes = {};

@@ -31,9 +31,6 @@ constexpr double kPassOutput = 16384;
 constexpr std::size_t kPassSamples = std::size_t{1} << 20;
 constexpr std::size_t kShortestPass = 64;
 
-// No more input than this is made room for at once.
-constexpr std::size_t kMostReserved = std::size_t{1} << 20;
-
 // A block has fewer samples than this.
 constexpr std::size_t kMostSamples = std::numeric_limits<std::size_t>::max() / sizeof(short);
 
@@ -77,12 +74,12 @@ class ResamplingMediaAccessorImpl final : public ResamplingMediaAccessor, public
   QVERRORCODE_TAG setUp_ = QVERR_OK;  // why there are no resamplers
   PolyphaseFilter filter_;
   CFTarray<SingleChannelResampler> resamplers_;
-  std::size_t passInput_ = 0;      // so many frames are taken in a pass
-  CFTarray<short> planar_;         // what the channels made, apart
-  CFTarray<const short*> planes_;  // each channel's part of it
-  CFTarray<float*> inputs_;        // where each channel's next input goes
-  CFTarray<short> output_;         // the block
-  bool isDropped_ = false;         // some of it, for want of memory
+  std::size_t passInput_ = 0;  // so many frames are taken in a pass
+  CFTarray<short> planar_;     // what the channels made, apart
+  CFTarray<short*> planes_;    // each channel's part of it
+  CFTarray<float*> inputs_;    // where each channel's next input goes
+  CFTarray<short> output_;     // the block
+  bool isDropped_ = false;     // some of it, for want of memory
 };
 
 QVERRORCODE_TAG ResamplingMediaAccessorImpl::SetSource(CMediaAccessor* source) {
@@ -174,7 +171,6 @@ void ResamplingMediaAccessorImpl::Take(const short* samples, std::size_t frames,
            [](SingleChannelResampler& resampler, short* output) { resampler.Flush(output); });
     return;
   }
-  output_.Reserve(first.OutputCount(std::min(frames, kMostReserved)) * channels);
   while (frames > 0) {
     const std::size_t fitting = std::min(frames, passInput_);
     TakeApart(samples, fitting, channels);
@@ -192,15 +188,8 @@ void ResamplingMediaAccessorImpl::TakeApart(const short* samples, std::size_t fr
                                             std::size_t channels) {
   const std::size_t count = resamplers_.Count();
   for (std::size_t c = 0; c < count; ++c) inputs_[c] = resamplers_[c].End();
-  if (channels == count) {
-    Deinterleave(samples, frames, channels, inputs_.Data());
-    return;
-  }
-  for (std::size_t c = 0; c < count; ++c) {
-    for (std::size_t f = 0; f < frames; ++f) {
-      inputs_[c][f] = c < channels ? static_cast<float>(samples[f * channels + c]) : 0.0F;
-    }
-  }
+  Deinterleave(samples, frames, channels, std::min(channels, count), inputs_.Data());
+  for (std::size_t c = channels; c < count; ++c) std::fill_n(inputs_[c], frames, 0.0F);
 }
 
 // Lets every channel make `frames` samples. Where there is no memory for them they are dropped.
@@ -212,9 +201,8 @@ void ResamplingMediaAccessorImpl::Append(std::size_t frames, std::size_t channel
                        output_.Resize(before + frames * channels);
   isDropped_ = isDropped_ || !hasRoom;
   short* const output = hasRoom ? output_.Data() + before : nullptr;
-  const std::size_t plane = planar_.Count() / resamplers_.Count();
   for (std::size_t c = 0; c < resamplers_.Count(); ++c) {
-    short* const made = channels == 1 ? output : planar_.Data() + c * plane;
+    short* const made = channels == 1 ? output : planes_[c];
     make(resamplers_[c], hasRoom && c < channels ? made : nullptr);
   }
   if (hasRoom && channels > 1) Join(frames, channels, output);
@@ -224,14 +212,8 @@ void ResamplingMediaAccessorImpl::Append(std::size_t frames, std::size_t channel
 void ResamplingMediaAccessorImpl::Join(std::size_t frames, std::size_t channels,
                                        short* output) const {
   const std::size_t count = resamplers_.Count();
-  if (channels == count) {
-    Interleave(planes_.Data(), channels, frames, output);
-    return;
-  }
-  std::fill_n(output, frames * channels, short{0});
-  for (std::size_t c = 0; c < std::min(channels, count); ++c) {
-    for (std::size_t f = 0; f < frames; ++f) output[f * channels + c] = planes_[c][f];
-  }
+  if (channels > count) std::fill_n(output, frames * channels, short{0});
+  Interleave(planes_.Data(), std::min(channels, count), frames, channels, output);
 }
 
 // The frames of the block. Whoever counts its channels by GetChannelCount, where the source has

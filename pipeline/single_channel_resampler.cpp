@@ -3,7 +3,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 
 namespace Quorvex {
 namespace {
@@ -38,7 +37,6 @@ QVERRORCODE_TAG InitializeResampling(PolyphaseFilter& filter, int inputFrequency
 QVERRORCODE_TAG SingleChannelResampler::Initialize(const PolyphaseFilter& filter,
                                                    std::size_t most) noexcept {
   constexpr std::size_t kMargin = PolyphaseFilter::kMargin;
-  constexpr std::size_t kAlignment = kPolyphaseStep * sizeof(float);
   filter_ = &filter;
   history_ = static_cast<std::size_t>(filter.Half()) + 1;
   filled_ = history_;
@@ -46,13 +44,10 @@ QVERRORCODE_TAG SingleChannelResampler::Initialize(const PolyphaseFilter& filter
   // From the first sample of the stream, which is aligned, to the end of the silence: a pass keeps
   // twice the history, and less than a step more.
   const std::size_t stream = 2 * history_ + kPolyphaseStep + most + kMargin;
-  memory_.SetGrowth(1, 1, false, false);
-  if (!memory_.Resize(kMargin + history_ + stream + kPolyphaseStep)) return QVERR_CREATE_FAILED;
-  std::fill_n(memory_.Data(), memory_.Count(), 0.0F);
-  void* first = memory_.Data() + kMargin + history_;
-  std::size_t space = (stream + kPolyphaseStep) * sizeof(float);
-  input_ =
-      static_cast<float*>(std::align(kAlignment, stream * sizeof(float), first, space)) - history_;
+  const std::size_t before = kMargin + history_;
+  float* const buffer = memory_.Allocate(before + stream, before);
+  if (buffer == nullptr) return QVERR_CREATE_FAILED;
+  input_ = buffer + kMargin;
   return QVERR_OK;
 }
 

@@ -5,8 +5,8 @@
 
 #include <cstddef>
 
+#include "pipeline/aligned_floats.h"
 #include "pipeline/polyphase_filter.h"
-#include "support/cft_array.h"
 
 namespace Quorvex {
 
@@ -58,7 +58,7 @@ class SingleChannelResampler {
   std::size_t history_ = 0;  // samples kept before the filter's position
   std::size_t filled_ = 0;
   double time_ = 0;  // of the next output sample, in input samples from the buffer's beginning
-  CFTarray<float> memory_;
+  AlignedFloats memory_;
   float* input_ = nullptr;  // the buffer's beginning, in memory_
 };
 

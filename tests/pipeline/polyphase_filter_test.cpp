@@ -147,7 +147,7 @@ TEST(Interleaving, TakesApartAndPutsTogether) {
       std::vector<float*> outputs;
       std::vector<const short*> inputs;
       for (auto& track : split) outputs.push_back(track.data());
-      Deinterleave(input.data(), frames, channels, outputs.data());
+      Deinterleave(input.data(), frames, channels, channels, outputs.data());
       for (std::size_t c = 0; c < channels; ++c) {
         for (std::size_t f = 0; f < frames; ++f) {
           tracks[c][f] = input[f * channels + c];
@@ -157,7 +157,7 @@ TEST(Interleaving, TakesApartAndPutsTogether) {
         inputs.push_back(tracks[c].data());
       }
       Samples joined(frames * channels + 1, kGuard);
-      Interleave(inputs.data(), channels, frames, joined.data());
+      Interleave(inputs.data(), channels, frames, channels, joined.data());
       EXPECT_EQ(joined.back(), kGuard);
       joined.pop_back();
       EXPECT_EQ(joined, input);

@@ -23,9 +23,6 @@ namespace {
 
 constexpr std::wstring_view kWithoutSource = L"No source.";
 
-// A pass makes no more frames than this, so that buffers stay small whatever the frequencies.
-constexpr double kPassOutput = 16384;
-
 // Many channels take their input in shorter passes: so many samples of all of them, but not fewer
 // than the shortest pass.
 constexpr std::size_t kPassSamples = std::size_t{1} << 20;
@@ -115,17 +112,13 @@ QVERRORCODE_TAG ResamplingMediaAccessorImpl::SetUpResamplers(int inputFrequency)
   if (!resamplers_.Resize(channels_) || !inputs_.Resize(channels_) || !planes_.Resize(channels_)) {
     return QVERR_CREATE_FAILED;
   }
-  const double factor = static_cast<double>(outputFrequency_) / inputFrequency;
-  const std::size_t most =
-      std::clamp(kPassSamples / channels_, kShortestPass, SingleChannelResampler::kMostInput);
-  passInput_ =
-      static_cast<std::size_t>(std::clamp(kPassOutput / factor, 1.0, static_cast<double>(most)));
-  const std::size_t tail = static_cast<std::size_t>(filter_.Half()) + 1;
-  const auto plane =
-      static_cast<std::size_t>(static_cast<double>(std::max(passInput_, tail)) * factor) + 2;
-  if (!planar_.Resize(channels_ * plane)) return QVERR_CREATE_FAILED;
+  const ResamplingPass pass = PlanPass(
+      filter_, inputFrequency, outputFrequency_,
+      std::clamp(kPassSamples / channels_, kShortestPass, SingleChannelResampler::kMostInput));
+  passInput_ = pass.input;
+  if (!planar_.Resize(channels_ * pass.output)) return QVERR_CREATE_FAILED;
   for (unsigned long channel = 0; channel < channels_; ++channel) {
-    planes_[channel] = planar_.Data() + channel * plane;
+    planes_[channel] = planar_.Data() + channel * pass.output;
     if (resamplers_[channel].Initialize(filter_, passInput_) != QVERR_OK)
       return QVERR_CREATE_FAILED;
   }

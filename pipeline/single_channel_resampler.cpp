@@ -16,6 +16,9 @@ constexpr double kKaiserBeta = 9.0;
 constexpr double kNormalisation = 0.98;  // leaves room for what filtering adds to loud passages
 constexpr double kHalfLength = 32;       // on either side, of the lower of the two frequencies
 
+// A pass makes no more samples than this.
+constexpr double kPassOutput = 16384;
+
 }  // namespace
 
 QVERRORCODE_TAG InitializeResampling(PolyphaseFilter& filter, int inputFrequency,
@@ -32,6 +35,18 @@ QVERRORCODE_TAG InitializeResampling(PolyphaseFilter& filter, int inputFrequency
   design.kaiserBeta = kKaiserBeta;
   design.hint = PolyphaseHint::kFast;
   return filter.Initialize(design);
+}
+
+ResamplingPass PlanPass(const PolyphaseFilter& filter, int inputFrequency, int outputFrequency,
+                        std::size_t most) noexcept {
+  const double factor = static_cast<double>(outputFrequency) / inputFrequency;
+  ResamplingPass pass;
+  pass.input =
+      static_cast<std::size_t>(std::clamp(kPassOutput / factor, 1.0, static_cast<double>(most)));
+  const std::size_t tail = static_cast<std::size_t>(filter.Half()) + 1;
+  pass.output =
+      static_cast<std::size_t>(static_cast<double>(std::max(pass.input, tail)) * factor) + 2;
+  return pass;
 }
 
 QVERRORCODE_TAG SingleChannelResampler::Initialize(const PolyphaseFilter& filter,

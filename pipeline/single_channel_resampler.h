@@ -16,6 +16,17 @@ namespace Quorvex {
 QVERRORCODE_TAG InitializeResampling(PolyphaseFilter& filter, int inputFrequency,
                                      int outputFrequency) noexcept;
 
+/// How much a pass of the filter takes and makes.
+struct ResamplingPass {
+  std::size_t input = 0;   ///< samples of a channel, at least 1
+  std::size_t output = 0;  ///< room for what a pass, or the end of the stream, makes at most
+};
+
+/// Plans passes that keep buffers small whatever the frequencies.
+/// @param most  input samples of a channel, 1 to SingleChannelResampler::kMostInput.
+ResamplingPass PlanPass(const PolyphaseFilter& filter, int inputFrequency, int outputFrequency,
+                        std::size_t most) noexcept;
+
 /// One channel. Its buffer:
 ///
 ///     margin | history | samples of the stream ...       | room | silence | margin

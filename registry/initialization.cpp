@@ -7,9 +7,9 @@
 #include "platform/module.h"
 #include "registry/built_in_factories.h"
 #include "registry/factory_registry.h"
-#include "registry/licence_data.h"
 #include "registry/plugin_modules.h"
 #include "support/ft_log.h"
+#include "support/licence_policy.h"
 #include "support/no_throw.h"
 #include "support/text.h"
 
@@ -23,6 +23,11 @@ constexpr int kRevision = 288;
 
 // The revision stands at its end once more on purpose: readers of the text rely on it.
 constexpr std::wstring_view kVersionText = L"9.0.0.288 (185833).288";
+
+template <class Character>
+bool HasText(const Character* text) {
+  return text != nullptr && *text != Character{};
+}
 
 }  // namespace
 
@@ -53,26 +58,20 @@ QVERRORCODE_TAG InitializeMediaAccessorLibrary() noexcept {
 }
 
 QVERRORCODE_TAG InitializeMediaAccessorLibrary(const char* licensee, const char* key) noexcept {
-  return NoThrow([&] {
-    StoreLicenceTexts(ToWide(licensee), ToWide(key));
-    return InitializeMediaAccessorLibrary();
-  });
+  LicencePolicy::Instance().SetTexts(HasText(licensee), HasText(key));
+  return InitializeMediaAccessorLibrary();
 }
 
 QVERRORCODE_TAG InitializeMediaAccessorLibrary(const wchar_t* licensee,
                                                const wchar_t* key) noexcept {
-  return NoThrow([&] {
-    StoreLicenceTexts(ToWide(licensee), ToWide(key));
-    return InitializeMediaAccessorLibrary();
-  });
+  LicencePolicy::Instance().SetTexts(HasText(licensee), HasText(key));
+  return InitializeMediaAccessorLibrary();
 }
 
 QVERRORCODE_TAG InitializeMediaAccessorLibrary(MediaAccessorLicenceQuery query,
                                                MediaAccessorLicenceCheck check) noexcept {
-  return NoThrow([&] {
-    StoreLicenceCallbacks(query, check);
-    return InitializeMediaAccessorLibrary();
-  });
+  LicencePolicy::Instance().SetCallbacks(query, check);
+  return InitializeMediaAccessorLibrary();
 }
 
 QVERRORCODE_TAG MediaAccessorGetLibraryVersion(int& major, int& minor, int& build,

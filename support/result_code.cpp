@@ -17,6 +17,7 @@ struct ResultText {
 
 constexpr ResultText kResults[] = {
     RESULT(QVERR_OK, "success"),
+    RESULT(QVERR_NO_SINK, "no sink was given"),
     RESULT(QVERR_NO_CHANNEL_MAP, "a file's channel interface was used before it had a channel map"),
     RESULT(QVERR_FILE_OPEN_FAILED, "the file could not be opened, sized or positioned"),
     RESULT(QVERR_FILE_IO, "a read, write or seek failed, or a data chunk is truncated"),

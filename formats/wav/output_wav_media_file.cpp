@@ -1,6 +1,7 @@
 // What may be written, and when.
 #include "formats/wav/output_wav_media_file.h"
 
+#include <MediaAccessor/ipp_coder.h>
 #include <MediaAccessor/wav_file_writer.h>
 
 #include "support/no_throw.h"
@@ -12,12 +13,17 @@ namespace {
 constexpr std::uint16_t kTags[] = {kWaveTagPCM,    kWaveTagALaw,  kWaveTagMuLaw,
                                    kWaveTagGSM610, kWaveTagG729A, kWaveTagTrueSpeech};
 
+constexpr IPPCoder::CODEC kSpeechCodecs[] = {{}, {}, {}, {}, IPPCoder::G729A, IPPCoder::G723_1_53};
+
 }  // namespace
 
 QVERRORCODE_TAG COutputWAVMediaFileImpl::SetOutputCoding(int coding) noexcept {
   if (engine_.IsOpen()) return QVERR_ALREADY_OPEN;
   if (coding < kWAVOutputPCM16 || coding > kWAVOutputTrueSpeech) return QVERR_INVALID_ARGUMENT;
-  if (coding >= kWAVOutputG729A) return QVERR_CREATE_FAILED;
+  if (const IPPCoder::CODEC codec = kSpeechCodecs[coding]; codec != IPPCoder::CODEC{}) {
+    if (!IPPCoder::IsLicensedCodec(codec)) return QVERR_CODEC_NOT_LICENSED;
+    return QVERR_CREATE_FAILED;
+  }
   coding_ = coding;
   return QVERR_OK;
 }

@@ -11,8 +11,9 @@ namespace Quorvex {
 class COutputWAVMediaFileImpl {
  public:
   /// @return QVERR_OK; QVERR_ALREADY_OPEN while open; QVERR_INVALID_ARGUMENT for a number that is
-  ///         no coding; QVERR_CREATE_FAILED for G.729A and TrueSpeech, whose encoders are not
-  ///         there. On failure the coding stays what it was.
+  ///         no coding; QVERR_CODEC_NOT_LICENSED for G.729A and TrueSpeech where they may not be
+  ///         used, and otherwise QVERR_CREATE_FAILED, since their encoders are not there. On
+  ///         failure the coding stays what it was.
   QVERRORCODE_TAG SetOutputCoding(int coding) noexcept;
   /// Of the samples that will be written. @return QVERR_OK; QVERR_ALREADY_OPEN while open.
   QVERRORCODE_TAG SetSamplingFrequency(std::uint32_t hertz) noexcept;

@@ -5,6 +5,9 @@
 #include <MediaAccessor/export.h>
 #include <MediaAccessor/g711_decoder.h>
 #include <MediaAccessor/input_wav_media_file.h>
+#include <MediaAccessor/ipp_coder.h>
+#include <MediaAccessor/ipp_decoder.h>
+#include <MediaAccessor/ipp_encoder.h>
 #include <MediaAccessor/library.h>
 #include <MediaAccessor/log.h>
 #include <MediaAccessor/media_accessor.h>

@@ -21,21 +21,37 @@ class CMediaFileWriter;
 ///         other factories being registered all the same.
 MEDIA_ACCESSOR_API QVERRORCODE_TAG InitializeMediaAccessorLibrary() noexcept;
 
-/// The same, and keeps the two texts for the licence decision on the licensed speech codecs.
-/// @param licensee  copied; null counts as empty.
-/// @param key       copied; null counts as empty.
+// The licence decision. G.729 Annex A, the feature "G729", and G.723.1, the feature "TrueSpeech",
+// are licensed speech codecs. Without a word from the host both may be used. The host has two ways
+// to say otherwise, each of which replaces what it said in the same way before; a feature is
+// permitted when neither speaks against it. Refused, a codec is not decoded, coded or written
+// (ipp_decoder.h, ipp_encoder.h, wav_file_writer.h); IPPCoder::IsLicensedCodec tells the decision,
+// which is taken anew every time. MediaAccessorRegistryClear() leaves it as it is.
+
+/// The same, with the name of a licensee and a key. Both together permit both features; one without
+/// the other is no licence and permits none; two empty texts take the word back. The key is not
+/// verified: that is the host's affair.
+/// @param licensee  null counts as empty.
+/// @param key       null counts as empty.
 MEDIA_ACCESSOR_API QVERRORCODE_TAG InitializeMediaAccessorLibrary(const char* licensee,
                                                                   const char* key) noexcept;
 /// The same for wide texts.
 MEDIA_ACCESSOR_API QVERRORCODE_TAG InitializeMediaAccessorLibrary(const wchar_t* licensee,
                                                                   const wchar_t* key) noexcept;
 
-/// A host's licence callbacks. Both name the feature that is asked for.
+/// A host's licence callbacks. Both are given the name of the feature, and may be called at any
+/// time by any thread that uses the library, at every block that a licensed codec decodes or codes.
+/// An exception counts as a refusal.
+///
+/// The query tells how many licences there are.
+/// @param count  1 on entry, for hosts that do not count.
+/// @return QVERR_OK; any other code, or a count of 0, refuses the feature.
 using MediaAccessorLicenceQuery = QVERRORCODE_TAG (*)(const char* feature, unsigned long& count);
+/// The check is asked second, and not after a refusal.
+/// @return QVERR_OK; any other code refuses the feature.
 using MediaAccessorLicenceCheck = QVERRORCODE_TAG (*)(const char* feature);
 
-/// The same as the first form, and keeps the callbacks through which the host itself decides on the
-/// licensed speech codecs. Null clears a callback.
+/// The same, with callbacks through which the host itself decides. A null one has no say.
 MEDIA_ACCESSOR_API QVERRORCODE_TAG InitializeMediaAccessorLibrary(
     MediaAccessorLicenceQuery query, MediaAccessorLicenceCheck check) noexcept;
 

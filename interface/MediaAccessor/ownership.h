@@ -2,6 +2,8 @@
 #pragma once
 
 #include <MediaAccessor/g711_decoder.h>
+#include <MediaAccessor/ipp_decoder.h>
+#include <MediaAccessor/ipp_encoder.h>
 #include <MediaAccessor/media_accessor.h>
 #include <MediaAccessor/media_accessor_mixer.h>
 #include <MediaAccessor/media_file.h>
@@ -41,6 +43,8 @@ using MediaSinkPtr = std::unique_ptr<CMediaSink, ObjectReleaser>;
 using MediaFileWriterPtr = std::unique_ptr<CMediaFileWriter, ObjectReleaser>;
 using WAVFileWriterPtr = std::unique_ptr<CWAVFileWriter, ObjectReleaser>;
 using G711DecoderPtr = std::unique_ptr<CG711Decoder, ObjectReleaser>;
+using IPPDecoderPtr = std::unique_ptr<IPPDecoder, ObjectReleaser>;
+using IPPEncoderPtr = std::unique_ptr<IPPEncoder, ObjectReleaser>;
 using MediaFilePtr = std::unique_ptr<CMediaFile, MediaFileCloser>;
 using VOXMediaFilePtr = std::unique_ptr<CVOXMediaFile, MediaFileCloser>;
 

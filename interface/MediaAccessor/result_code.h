@@ -9,6 +9,7 @@ namespace Quorvex {
 /// that it returns. An accessor, sink or factory of the application's own may return any of them.
 enum QVERRORCODE_TAG : int {
   QVERR_OK = 0,               ///< success
+  QVERR_NO_SINK = 1,          ///< a speech codec was used before it had a sink
   QVERR_NO_CHANNEL_MAP = 10,  ///< a file's channel interface was used before it had a channel map
   QVERR_FILE_OPEN_FAILED = 300,    ///< the file could not be opened, sized or positioned
   QVERR_FILE_IO = 301,             ///< a read, write or seek failed, or a data chunk is truncated

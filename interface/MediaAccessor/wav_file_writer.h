@@ -39,9 +39,10 @@ class MEDIA_ACCESSOR_API CWAVFileWriter : public CMediaFileWriter {
 
   /// Chooses the coding of the files that are written from now on; 16-bit PCM unless called.
   /// @param coding  of WAVOutputCoding.
-  /// @return QVERR_OK; QVERR_INVALID_ARGUMENT for any other number; QVERR_CREATE_FAILED for the
-  ///         two that are not there yet; QVERR_ALREADY_OPEN during WriteFile. On failure the coding
-  ///         stays what it was.
+  /// @return QVERR_OK; QVERR_ALREADY_OPEN during WriteFile; QVERR_INVALID_ARGUMENT for any other
+  ///         number; QVERR_CODEC_NOT_LICENSED for G.729A and TrueSpeech where they may not be used
+  ///         (library.h); QVERR_CREATE_FAILED for these two, which are not there yet. On failure
+  ///         the coding stays what it was.
   virtual QVERRORCODE_TAG SetOutputCoding(int coding) = 0;
 
   /// Pulls the source to its end and writes it.

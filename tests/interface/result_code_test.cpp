@@ -12,6 +12,7 @@ using namespace Quorvex;
 TEST(ResultCode, NamesAndMeanings) {
   const std::map<int, std::string> names = {
       {0, "QVERR_OK"},
+      {1, "QVERR_NO_SINK"},
       {10, "QVERR_NO_CHANNEL_MAP"},
       {300, "QVERR_FILE_OPEN_FAILED"},
       {301, "QVERR_FILE_IO"},

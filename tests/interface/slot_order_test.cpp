@@ -65,6 +65,29 @@ TEST(SlotOrder, SinksAndWriters) {
   EXPECT_EQ(Slot(static_cast<Wide>(&CMediaFileWriter::WriteFile)), 5U);
 }
 
+TEST(SlotOrder, SpeechCoders) {
+  EXPECT_EQ(Slot(&IPPDecoder::CheckChannelCount), 1U);
+  EXPECT_EQ(Slot(&IPPDecoder::Decode), 2U);
+  EXPECT_EQ(Slot(&IPPDecoder::Release), 3U);
+  EXPECT_EQ(Slot(&IPPDecoder::SetOutput), 4U);
+  EXPECT_EQ(Slot(&IPPDecoder::GetSampleRate), 5U);
+  EXPECT_EQ(Slot(&IPPDecoder::GetCompressedFrameBytes), 6U);
+  EXPECT_EQ(Slot(&IPPDecoder::GetCodec), 7U);
+  EXPECT_EQ(Slot(&IPPDecoder::Reset), 8U);
+  EXPECT_EQ(Slot(&IPPDecoder::SetSink), 9U);
+  EXPECT_EQ(Slot(&IPPDecoder::SetKeepTail), 10U);
+  EXPECT_EQ(Slot(&IPPDecoder::GetCodecSampleRate), 11U);
+  EXPECT_EQ(Slot(&IPPDecoder::SamplesForBytes), 12U);
+  EXPECT_EQ(Slot(&IPPDecoder::EnableErasureMarker), 13U);
+  EXPECT_EQ(Slot(&IPPEncoder::SetSink), 4U);
+  EXPECT_EQ(Slot(&IPPEncoder::GetCodecSampleRate), 5U);
+  EXPECT_EQ(Slot(&IPPEncoder::GetCompressedFrameBytes), 6U);
+  EXPECT_EQ(Slot(&IPPEncoder::GetCodec), 7U);
+  EXPECT_EQ(Slot(&IPPEncoder::Reset), 8U);
+  EXPECT_EQ(Slot(&IPPEncoder::SetInputSampleRate), 9U);
+  EXPECT_EQ(Slot(&IPPEncoder::GetInputSampleRate), 10U);
+}
+
 TEST(SlotOrder, MediaFileFactory) {
   using WideDescription = unsigned long (CMediaFileFactory::*)(wchar_t*, unsigned long) const;
   using NarrowDescription = unsigned long (CMediaFileFactory::*)(char*, unsigned long) const;

@@ -21,6 +21,9 @@ namespace Quorvex {
 /// GetCompressedFrameBytes 6, GetCodec 7, Reset 8, SetSink 9, SetKeepTail 10, GetCodecSampleRate
 /// 11, SamplesForBytes 12, EnableErasureMarker 13.
 class MEDIA_ACCESSOR_API IPPDecoder {
+ protected:
+  virtual ~IPPDecoder();  // in slot 0, so before the others
+
  public:
   /// @param bitRate  in bit/s, looked at for G722 and G722_1 only; 0 stands for 64,000, which
   ///                 G722_1 does not have.
@@ -95,7 +98,6 @@ class MEDIA_ACCESSOR_API IPPDecoder {
 
  protected:
   IPPDecoder();
-  virtual ~IPPDecoder();
 };
 
 }  // namespace Quorvex

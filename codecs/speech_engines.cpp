@@ -2,6 +2,7 @@
 #include <string>
 
 #include "codecs/engine.h"
+#include "codecs/engines/g722/g722_engine.h"
 #include "support/ft_log.h"
 #include "support/no_throw.h"
 #include "support/text.h"
@@ -9,13 +10,16 @@
 namespace Quorvex {
 namespace {
 
-constexpr const SpeechEngine* kEngines[] = {nullptr};
+using EngineGetter = const SpeechEngine& (*)() noexcept;
+constexpr EngineGetter kEngines[] = {
+    G722Engine,
+};
 
 }  // namespace
 
 const SpeechEngine* FindSpeechEngine(std::string_view name) noexcept {
-  for (const SpeechEngine* engine : kEngines) {
-    if (engine != nullptr && name == engine->name) return engine;
+  for (const EngineGetter engine : kEngines) {
+    if (name == engine().name) return &engine();
   }
   NoThrow([name] {
     LibraryLog().Printf(L"%s: there is no engine for this speech codec",

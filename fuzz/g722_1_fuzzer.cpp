@@ -1,0 +1,6 @@
+// The engine of G.722.1.
+#include "fuzz/fuzz_engine.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  return fuzz::FuzzEngine("IPP_G722.1", data, size);
+}

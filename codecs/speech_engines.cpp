@@ -3,6 +3,7 @@
 
 #include "codecs/engine.h"
 #include "codecs/engines/g722/g722_engine.h"
+#include "codecs/engines/g722_1/g722_1_engine.h"
 #include "support/ft_log.h"
 #include "support/no_throw.h"
 #include "support/text.h"
@@ -10,15 +11,15 @@
 namespace Quorvex {
 namespace {
 
-using EngineGetter = const SpeechEngine& (*)() noexcept;
-constexpr EngineGetter kEngines[] = {
+constexpr const SpeechEngine& (*kEngines[])() noexcept = {
     G722Engine,
+    G7221Engine,
 };
 
 }  // namespace
 
 const SpeechEngine* FindSpeechEngine(std::string_view name) noexcept {
-  for (const EngineGetter engine : kEngines) {
+  for (const auto engine : kEngines) {
     if (name == engine().name) return &engine();
   }
   NoThrow([name] {

@@ -6,6 +6,7 @@
 #include "codecs/engines/g722_1/inverse_transform.h"
 
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdlib>
 
@@ -25,52 +26,124 @@ using fixed_point::Subtract;
 using fixed_point::Word;
 
 constexpr std::size_t kSize = kFrameSamples;
-constexpr std::size_t kCoreSize = 10;
+constexpr int kMostExact = 65500;
 
-// Sums of neighbours to the front, differences to the back. Halving keeps them in range.
-void FirstSumsAndDifferences(const Samples& in, Samples& out) noexcept {
-  for (std::size_t i = 0; i < kSize / 2; ++i) {
-    const Long x = in[2 * i];
-    const Long y = in[2 * i + 1];
-    out[i] = static_cast<Word>((x + kDither[2 * i] + y) >> 1);
-    out[kSize - 1 - i] = static_cast<Word>((x + kDither[2 * i + 1] - y) >> 1);
+// What the first stages make of 32 neighbours does not depend on the others: row r of the ten
+// cores' input comes of coefficients 32 r to 32 r + 31. So the stages work on rows, with a core a
+// column: after s stages an index in a row is s bits that say, the last stage on top, where each
+// stage put the value, front or back, and 5 - s bits of place among the coefficients.
+constexpr std::size_t kRows = 10;
+constexpr std::size_t kColumns = 32;
+using Row = std::array<Word, kColumns>;
+using Rows = std::array<Row, kRows>;
+
+// The back takes values in mirrored order, so a value that went there an odd number of times stands
+// in its group as if the group were turned round.
+constexpr bool IsMirrored(std::size_t stagesToTheBack) noexcept {
+  return std::popcount(stagesToTheBack) % 2 != 0;
+}
+
+// By pair of the stage that so many came before: -1 where its values stand the other way round.
+template <std::size_t kStage>
+constexpr auto kMirrored = [] {
+  std::array<Word, kColumns / 2> result{};
+  for (std::size_t pair = 0; pair < result.size(); ++pair) {
+    result[pair] = IsMirrored(pair >> (4 - kStage)) ? -1 : 0;
+  }
+  return result;
+}();
+
+// Halving keeps the first stage in range.
+void FirstSumsAndDifferences(const Word* in, const Word* dither, Row& out) noexcept {
+  for (std::size_t i = 0; i < kColumns / 2; ++i) {
+    const int x = in[2 * i];
+    const int y = in[2 * i + 1];
+    out[i] = static_cast<Word>((x + dither[2 * i] + y) >> 1);
+    out[kColumns / 2 + i] = static_cast<Word>((x + dither[2 * i + 1] - y) >> 1);
   }
 }
 
-// The same in groups.
-template <std::size_t kGroup>
-void SumsAndDifferences(const Samples& in, Samples& out) noexcept {
-  for (std::size_t first = 0; first < kSize; first += kGroup) {
-    for (std::size_t i = 0; i < kGroup / 2; ++i) {
-      const Word x = in[first + 2 * i];
-      const Word y = in[first + 2 * i + 1];
-      out[first + i] = Add(x, y);
-      out[first + kGroup - 1 - i] = Subtract(x, y);
+template <std::size_t kStage, bool kSaturates>
+void SumsAndDifferences(const Row& in, Row& out) noexcept {
+  for (std::size_t i = 0; i < kColumns / 2; ++i) {
+    const int x = in[2 * i];
+    const int y = in[2 * i + 1];
+    const int sum = x + y;
+    const int mirrored = kMirrored<kStage>[i];
+    const int difference = ((x - y) ^ mirrored) - mirrored;
+    out[i] = kSaturates ? Saturate(sum) : static_cast<Word>(sum);
+    out[kColumns / 2 + i] = kSaturates ? Saturate(difference) : static_cast<Word>(difference);
+  }
+}
+
+template <bool kSaturates>
+Rows SplitIntoCores(const Samples& coefficients) noexcept {
+  Rows rows;
+  for (std::size_t r = 0; r < kRows; ++r) {
+    Row even;
+    Row odd;
+    FirstSumsAndDifferences(&coefficients[r * kColumns], &kDither[r * kColumns], even);
+    SumsAndDifferences<1, kSaturates>(even, odd);
+    SumsAndDifferences<2, kSaturates>(odd, even);
+    SumsAndDifferences<3, kSaturates>(even, odd);
+    SumsAndDifferences<4, kSaturates>(odd, rows[r]);
+  }
+  return rows;
+}
+
+// Turns the mirrored columns round.
+Rows Upright(const Rows& rows) noexcept {
+  static constexpr auto kMask = [] {
+    Row mask{};
+    for (std::size_t i = 0; i < kColumns; ++i) mask[i] = IsMirrored(i) ? -1 : 0;
+    return mask;
+  }();
+  Rows result;
+  for (std::size_t r = 0; r < kRows; ++r) {
+    for (std::size_t i = 0; i < kColumns; ++i) {
+      const int other = rows[kRows - 1 - r][i];
+      result[r][i] = static_cast<Word>((rows[r][i] & ~kMask[i]) | (other & kMask[i]));
     }
   }
+  return result;
 }
 
-// The sum saturates after each product.
-void SaturatingCore(const Word* in, Word* out) noexcept {
-  for (std::size_t k = 0; k < kCoreSize; ++k) {
-    Long sum = 0;
-    for (std::size_t i = 0; i < kCoreSize; ++i) sum = MultiplyAdd(sum, in[i], kCore[i][k]);
-    out[k] = Round(sum);
+// One output of every core.
+template <bool kSaturates>
+Row Core(const Rows& in, std::size_t k) noexcept {
+  std::array<Long, kColumns> sums{};
+  for (std::size_t r = 0; r < kRows; ++r) {
+    const Word factor = kCore[r][k];
+    for (std::size_t i = 0; i < kColumns; ++i) {
+      sums[i] =
+          kSaturates ? MultiplyAdd(sums[i], in[r][i], factor) : sums[i] + Long{in[r][i]} * factor;
+    }
   }
+  Row out;
+  for (std::size_t i = 0; i < kColumns; ++i) {
+    out[i] = kSaturates ? Round(sums[i]) : static_cast<Word>((sums[i] + 0x4000) >> 15);
+  }
+  return out;
 }
 
-void Core(const Word* in, Word* out) noexcept {
-  // No entry is above 29400, so no sum of doubled products, and 0x8000 for rounding, gets past 31
-  // bits.
-  constexpr Long kMostMagnitudes = (0x7FFFFFFF - 0x8000) / (2 * 29400);
-  Long magnitudes = 0;
-  for (std::size_t i = 0; i < kCoreSize; ++i) magnitudes += std::abs(Long{in[i]});
-  if (magnitudes > kMostMagnitudes) return SaturatingCore(in, out);
-  std::array<Long, kCoreSize> sums{};
-  for (std::size_t i = 0; i < kCoreSize; ++i) {
-    for (std::size_t k = 0; k < kCoreSize; ++k) sums[k] += Long{in[i]} * kCore[i][k];
+// Groups of ten follow each other as the rotations take them: by what the first stage did, then the
+// second.
+constexpr auto kPlaceOfColumn = [] {
+  std::array<std::size_t, kColumns> result{};
+  for (std::size_t i = 0; i < kColumns; ++i) {
+    for (std::size_t bit = 0; bit < 5; ++bit) result[i] |= (i >> bit & 1) << (4 - bit);
+    result[i] *= kRows;
   }
-  for (std::size_t k = 0; k < kCoreSize; ++k) out[k] = static_cast<Word>((sums[k] + 0x4000) >> 15);
+  return result;
+}();
+
+template <bool kSaturates>
+void SplitAndTransform(const Samples& coefficients, Samples& out) noexcept {
+  const Rows rows = Upright(SplitIntoCores<kSaturates>(coefficients));
+  for (std::size_t k = 0; k < kRows; ++k) {
+    const Row outputs = Core<kSaturates>(rows, k);
+    for (std::size_t i = 0; i < kColumns; ++i) out[kPlaceOfColumn[i] + k] = outputs[i];
+  }
 }
 
 // A rotation of a pair with the sine's sign at even places and its opposite at odd ones.
@@ -114,20 +187,22 @@ void Rotate(const Samples& in, Samples& out) noexcept {
 }  // namespace
 
 void InverseTransform(const Spectrum& spectrum, Samples& output) noexcept {
-  Samples other;
-  FirstSumsAndDifferences(spectrum.coefficients, output);
-  SumsAndDifferences<160>(output, other);
-  SumsAndDifferences<80>(other, output);
-  SumsAndDifferences<40>(output, other);
-  SumsAndDifferences<20>(other, output);
-  for (std::size_t i = 0; i < kSize; i += kCoreSize) Core(&output[i], &other[i]);
-  Rotate<10, kRotation10>(other, output);
-  Rotate<20, kRotation20>(output, other);
-  Rotate<40, kRotation40>(other, output);
-  Rotate<80, kRotation80>(output, other);
-  Rotate<160, kRotation160>(other, output);
+  Samples a;
+  Samples b;
+  int magnitudes = 0;
+  for (const Word coefficient : spectrum.coefficients) magnitudes += std::abs(coefficient);
+  if (magnitudes <= kMostExact) {
+    SplitAndTransform<false>(spectrum.coefficients, a);
+  } else {
+    SplitAndTransform<true>(spectrum.coefficients, a);
+  }
+  Rotate<10, kRotation10>(a, b);
+  Rotate<20, kRotation20>(b, a);
+  Rotate<40, kRotation40>(a, b);
+  Rotate<80, kRotation80>(b, a);
+  Rotate<160, kRotation160>(a, b);
   for (std::size_t i = 0; i < kSize; ++i) {
-    output[i] = ShiftRight(Add(output[i], kBias[i]), spectrum.magnitudeShift);
+    output[i] = ShiftRight(Add(b[i], kBias[i]), spectrum.magnitudeShift);
   }
 }
 

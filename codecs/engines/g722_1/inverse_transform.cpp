@@ -5,6 +5,7 @@
 //     output         320 <- 2 x 160 <- 4 x 80 <- .. <- 32 x 10    rotations
 #include "codecs/engines/g722_1/inverse_transform.h"
 
+#include <algorithm>
 #include <array>
 #include <bit>
 #include <cstddef>
@@ -25,8 +26,8 @@ using fixed_point::ShiftRight;
 using fixed_point::Subtract;
 using fixed_point::Word;
 
-constexpr std::size_t kSize = kFrameSamples;
 constexpr int kMostExact = 65500;
+constexpr int kMostExactRotations = 40000;
 
 // What the first stages make of 32 neighbours does not depend on the others: row r of the ten
 // cores' input comes of coefficients 32 r to 32 r + 31. So the stages work on rows, with a core a
@@ -91,32 +92,27 @@ Rows SplitIntoCores(const Samples& coefficients) noexcept {
   return rows;
 }
 
-// Turns the mirrored columns round.
-Rows Upright(const Rows& rows) noexcept {
-  static constexpr auto kMask = [] {
-    Row mask{};
-    for (std::size_t i = 0; i < kColumns; ++i) mask[i] = IsMirrored(i) ? -1 : 0;
-    return mask;
-  }();
-  Rows result;
-  for (std::size_t r = 0; r < kRows; ++r) {
-    for (std::size_t i = 0; i < kColumns; ++i) {
-      const int other = rows[kRows - 1 - r][i];
-      result[r][i] = static_cast<Word>((rows[r][i] & ~kMask[i]) | (other & kMask[i]));
+// kCore by output, row and column. A column that is mirrored meets its inputs from the last on.
+constexpr auto kFactors = [] {
+  std::array<Rows, kRows> result{};
+  for (std::size_t k = 0; k < kRows; ++k) {
+    for (std::size_t r = 0; r < kRows; ++r) {
+      for (std::size_t i = 0; i < kColumns; ++i) {
+        result[k][r][i] = kCore[IsMirrored(i) ? kRows - 1 - r : r][k];
+      }
     }
   }
   return result;
-}
+}();
 
 // One output of every core.
 template <bool kSaturates>
-Row Core(const Rows& in, std::size_t k) noexcept {
+Row Core(const Rows& in, const Rows& factors) noexcept {
   std::array<Long, kColumns> sums{};
   for (std::size_t r = 0; r < kRows; ++r) {
-    const Word factor = kCore[r][k];
     for (std::size_t i = 0; i < kColumns; ++i) {
-      sums[i] =
-          kSaturates ? MultiplyAdd(sums[i], in[r][i], factor) : sums[i] + Long{in[r][i]} * factor;
+      sums[i] = kSaturates ? MultiplyAdd(sums[i], in[r][i], factors[r][i])
+                           : sums[i] + Long{in[r][i]} * factors[r][i];
     }
   }
   Row out;
@@ -138,72 +134,101 @@ constexpr auto kPlaceOfColumn = [] {
 }();
 
 template <bool kSaturates>
-void SplitAndTransform(const Samples& coefficients, Samples& out) noexcept {
-  const Rows rows = Upright(SplitIntoCores<kSaturates>(coefficients));
-  for (std::size_t k = 0; k < kRows; ++k) {
-    const Row outputs = Core<kSaturates>(rows, k);
-    for (std::size_t i = 0; i < kColumns; ++i) out[kPlaceOfColumn[i] + k] = outputs[i];
+Samples SplitAndTransform(const Samples& coefficients) noexcept {
+  const Rows in = SplitIntoCores<kSaturates>(coefficients);
+  Rows out;
+  for (std::size_t k = 0; k < kRows; ++k) out[k] = Core<kSaturates>(in, kFactors[k]);
+  Samples groups;
+  for (std::size_t i = 0; i < kColumns; ++i) {
+    for (std::size_t k = 0; k < kRows; ++k) groups[kPlaceOfColumn[i] + k] = out[k][i];
   }
+  return groups;
 }
 
-// A rotation of a pair with the sine's sign at even places and its opposite at odd ones.
-template <std::size_t kPlaces>
-struct Reflection {
-  std::array<Word, kPlaces> aToFront, bToFront, aToBack, bToBack;
+// A rotation makes one group of two, its back mirrored. It works in place, so that the back stands
+// straight: this is the place in the group of what is at an index.
+template <std::size_t kGroup>
+constexpr auto kPlaces = [] {
+  std::array<std::size_t, kGroup> result{};
+  constexpr std::size_t kHalf = kGroup / 2;
+  for (std::size_t i = 0; i < kHalf; ++i) {
+    result[i] = kPlaces<kHalf>[i];
+    result[kHalf + i] = kGroup - 1 - result[i];
+  }
+  return result;
+}();
+template <>
+constexpr std::array<std::size_t, 10> kPlaces<10> = {0, 1, 2, 3, 4, 5, 6, 7, 8, 9};
+
+// What a group's elements a and b are multiplied by. At odd places the sine changes its sign.
+template <std::size_t kSize>
+struct Matrices {
+  std::array<Word, kSize> aToFront, bToFront, aToBack, bToBack;
 };
 
-template <std::size_t kPlaces>
-constexpr Reflection<kPlaces> Alternate(const Rotation<kPlaces>& rotation) noexcept {
-  Reflection<kPlaces> result{};
-  for (std::size_t i = 0; i < kPlaces; ++i) {
-    const int sign = i % 2 == 0 ? 1 : -1;
-    result.aToFront[i] = rotation.cosine[i];
-    result.bToFront[i] = static_cast<Word>(-sign * rotation.minusSine[i]);
-    result.aToBack[i] = rotation.minusSine[i];
-    result.bToBack[i] = static_cast<Word>(sign * rotation.cosine[i]);
+template <std::size_t kSize>
+constexpr Matrices<kSize> InPlace(const Rotation<kSize>& rotation) noexcept {
+  Matrices<kSize> result{};
+  for (std::size_t i = 0; i < kSize; ++i) {
+    const std::size_t place = kPlaces<kSize>[i];
+    const int sign = place % 2 == 0 ? 1 : -1;
+    result.aToFront[i] = rotation.cosine[place];
+    result.bToFront[i] = static_cast<Word>(-sign * rotation.minusSine[place]);
+    result.aToBack[i] = rotation.minusSine[place];
+    result.bToBack[i] = static_cast<Word>(sign * rotation.cosine[place]);
   }
   return result;
 }
 
-// Two halves that follow each other become one group, mirrored about its middle.
-//
 // Cosine and sine together are at most 26060, so two products stay below 2^30 and only the shift of
 // their doubled sum can saturate, which is the same as saturating in the end.
-template <std::size_t kPlaces, const Rotation<kPlaces>& kRotation>
-void Rotate(const Samples& in, Samples& out) noexcept {
-  static constexpr Reflection<kPlaces> kBy = Alternate(kRotation);
-  for (std::size_t first = 0; first < kSize; first += 2 * kPlaces) {
-    for (std::size_t i = 0; i < kPlaces; ++i) {
-      const Long a = in[first + i];
-      const Long b = in[first + kPlaces + i];
-      const Long front = kBy.aToFront[i] * a + kBy.bToFront[i] * b;
-      const Long back = kBy.aToBack[i] * a + kBy.bToBack[i] * b;
-      out[first + i] = Saturate((front + 0x2000) >> 14);
-      out[first + 2 * kPlaces - 1 - i] = Saturate((back + 0x2000) >> 14);
+template <bool kSaturates, std::size_t kSize, const Rotation<kSize>& kRotation>
+void Rotate(Samples& samples) noexcept {
+  static constexpr Matrices<kSize> kBy = InPlace(kRotation);
+  for (std::size_t first = 0; first < samples.size(); first += 2 * kSize) {
+    for (std::size_t i = 0; i < kSize; ++i) {
+      const Long a = samples[first + i];
+      const Long b = samples[first + kSize + i];
+      const Long front = (kBy.aToFront[i] * a + kBy.bToFront[i] * b + 0x2000) >> 14;
+      const Long back = (kBy.aToBack[i] * a + kBy.bToBack[i] * b + 0x2000) >> 14;
+      samples[first + i] = kSaturates ? Saturate(front) : static_cast<Word>(front);
+      samples[first + kSize + i] = kSaturates ? Saturate(back) : static_cast<Word>(back);
     }
   }
+}
+
+template <bool kSaturates>
+void Rotate(Samples& groups) noexcept {
+  Rotate<kSaturates, 10, kRotation10>(groups);
+  Rotate<kSaturates, 20, kRotation20>(groups);
+  Rotate<kSaturates, 40, kRotation40>(groups);
+  Rotate<kSaturates, 80, kRotation80>(groups);
+  Rotate<kSaturates, 160, kRotation160>(groups);
 }
 
 }  // namespace
 
 void InverseTransform(const Spectrum& spectrum, Samples& output) noexcept {
-  Samples a;
-  Samples b;
   int magnitudes = 0;
   for (const Word coefficient : spectrum.coefficients) magnitudes += std::abs(coefficient);
-  if (magnitudes <= kMostExact) {
-    SplitAndTransform<false>(spectrum.coefficients, a);
+  Samples groups = magnitudes <= kMostExact ? SplitAndTransform<false>(spectrum.coefficients)
+                                            : SplitAndTransform<true>(spectrum.coefficients);
+  if (magnitudes <= kMostExactRotations) {
+    Rotate<false>(groups);
   } else {
-    SplitAndTransform<true>(spectrum.coefficients, a);
+    Rotate<true>(groups);
   }
-  Rotate<10, kRotation10>(a, b);
-  Rotate<20, kRotation20>(b, a);
-  Rotate<40, kRotation40>(a, b);
-  Rotate<80, kRotation80>(b, a);
-  Rotate<160, kRotation160>(a, b);
-  for (std::size_t i = 0; i < kSize; ++i) {
-    output[i] = ShiftRight(Add(b[i], kBias[i]), spectrum.magnitudeShift);
+  static constexpr auto kBiasInPlace = [] {
+    Samples result{};
+    for (std::size_t i = 0; i < kFrameSamples; ++i) result[i] = kBias[kPlaces<kFrameSamples>[i]];
+    return result;
+  }();
+  const int factor = spectrum.magnitudeShift < 0 ? 2 : 1;
+  const int shift = std::max(spectrum.magnitudeShift, 0);
+  for (std::size_t i = 0; i < kFrameSamples; ++i) {
+    groups[i] = static_cast<Word>(Saturate((groups[i] + kBiasInPlace[i]) * factor) >> shift);
   }
+  for (std::size_t i = 0; i < kFrameSamples; ++i) output[kPlaces<kFrameSamples>[i]] = groups[i];
 }
 
 }  // namespace Quorvex::g722_1

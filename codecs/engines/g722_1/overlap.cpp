@@ -22,9 +22,11 @@ short Sample(Long sum) noexcept { return static_cast<short>(Saturate((sum + 0x10
 
 void Overlap::Add(const Samples& transformed, short* samples) noexcept {
   const auto& window = kSynthesisWindow;
+  std::array<fixed_point::Word, kHalf> mirrored;
+  std::ranges::reverse_copy(transformed.begin(), transformed.begin() + kHalf, mirrored.begin());
   for (std::size_t i = 0; i < kHalf; ++i) {
-    samples[i] = Sample(Long{window[i]} * transformed[kHalf - 1 - i] +
-                        Long{window[kFrameSamples - 1 - i]} * kept_[i]);
+    samples[i] =
+        Sample(Long{window[i]} * mirrored[i] + Long{window[kFrameSamples - 1 - i]} * kept_[i]);
   }
   for (std::size_t i = 0; i < kHalf; ++i) {
     samples[kHalf + i] = Sample(Long{window[kHalf + i]} * transformed[i] -

@@ -1,6 +1,7 @@
 #include "codecs/engines/g722_1/overlap.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "codecs/engines/g722_1/synthesis_window.h"
@@ -10,6 +11,7 @@ namespace {
 
 using fixed_point::Long;
 using fixed_point::Saturate;
+using fixed_point::Word;
 
 constexpr std::size_t kHalf = kFrameSamples / 2;
 
@@ -18,20 +20,30 @@ constexpr std::size_t kHalf = kFrameSamples / 2;
 // end. The codec's samples have 14 bits.
 short Sample(Long sum) noexcept { return static_cast<short>(Saturate((sum + 0x1000) >> 13) & ~3); }
 
+constexpr std::array<Word, kHalf> kRising = [] {
+  std::array<Word, kHalf> result{};
+  std::copy_n(kSynthesisWindow.begin(), kHalf, result.begin());
+  return result;
+}();
+constexpr std::array<Word, kHalf> kFalling = [] {
+  std::array<Word, kHalf> result{};
+  std::copy_n(kSynthesisWindow.rbegin(), kHalf, result.begin());
+  return result;
+}();
+
 }  // namespace
 
+// The lapped transform of a frame is mirrored: about a quarter of its length in the first half of
+// the window, about three quarters, with the sign changed, in the second.
 void Overlap::Add(const Samples& transformed, short* samples) noexcept {
-  const auto& window = kSynthesisWindow;
-  std::array<fixed_point::Word, kHalf> mirrored;
-  std::ranges::reverse_copy(transformed.begin(), transformed.begin() + kHalf, mirrored.begin());
+  std::array<Word, kHalf> mirrored;
+  std::array<Word, kHalf> back;
+  std::copy_n(transformed.rbegin() + kHalf, kHalf, mirrored.begin());
   for (std::size_t i = 0; i < kHalf; ++i) {
-    samples[i] =
-        Sample(Long{window[i]} * mirrored[i] + Long{window[kFrameSamples - 1 - i]} * kept_[i]);
+    samples[i] = Sample(Long{kRising[i]} * mirrored[i] + Long{kFalling[i]} * kept_[i]);
+    back[i] = Sample(Long{kFalling[i]} * mirrored[i] - Long{kRising[i]} * kept_[i]);
   }
-  for (std::size_t i = 0; i < kHalf; ++i) {
-    samples[kHalf + i] = Sample(Long{window[kHalf + i]} * transformed[i] -
-                                Long{window[kHalf - 1 - i]} * kept_[kHalf - 1 - i]);
-  }
+  std::ranges::reverse_copy(back, samples + kHalf);
   std::copy_n(transformed.begin() + kHalf, kHalf, kept_.begin());
 }
 

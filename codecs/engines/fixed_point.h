@@ -47,7 +47,7 @@ constexpr Word MultiplyRounded(Word a, Word b) noexcept {
 }
 /// Q15 x Q15 to Q31.
 constexpr Long LongMultiply(Word a, Word b) noexcept {
-  return SaturateLong(std::int64_t{Long{a} * b} * 2);
+  return SaturateLong(std::int64_t{a} * b * 2);
 }
 /// sum + a x b and sum - a x b, the product a Q31 one.
 constexpr Long MultiplyAdd(Long sum, Word a, Word b) noexcept {

@@ -15,34 +15,39 @@ namespace Quorvex::g722_1 {
 class BitReader {
  public:
   explicit BitReader(std::span<const unsigned char> frame) noexcept {
-    const std::size_t bytes = std::min<std::size_t>(frame.size(), kMostFrameBytes);
-    std::copy_n(frame.begin(), bytes, bytes_.begin());
-    end_ = static_cast<int>(bytes) * 8;
+    std::array<unsigned char, kMostFrameBytes> bytes{};
+    const std::size_t count = std::min(frame.size(), bytes.size());
+    std::copy_n(frame.begin(), count, bytes.begin());
+    for (std::size_t i = 0; i < kWords; ++i) {
+      words_[i] = std::uint32_t{bytes[4 * i]} << 24 | std::uint32_t{bytes[4 * i + 1]} << 16 |
+                  std::uint32_t{bytes[4 * i + 2]} << 8 | bytes[4 * i + 3];
+    }
+    end_ = static_cast<unsigned>(count) * 8;
   }
 
-  /// The next bits, the first on top; at least 25 of the 32 are of the frame.
+  /// The next 32 bits, the first on top.
   std::uint32_t Ahead() const noexcept {
-    const auto first = static_cast<std::size_t>(std::min(position_ / 8, kMostFrameBytes));
-    const std::uint32_t word = std::uint32_t{bytes_[first]} << 24 |
-                               std::uint32_t{bytes_[first + 1]} << 16 |
-                               std::uint32_t{bytes_[first + 2]} << 8 | bytes_[first + 3];
-    return word << (position_ & 7);
+    const std::size_t word = std::min<std::size_t>(position_ / 32, kWords);
+    const std::uint64_t both = std::uint64_t{words_[word]} << 32 | words_[word + 1];
+    return static_cast<std::uint32_t>(both << (position_ % 32) >> 32);
   }
-  void Skip(int bits) noexcept { position_ += bits; }
+  void Skip(int bits) noexcept { position_ += static_cast<unsigned>(bits); }
 
-  /// @param bits  1 to 25
+  /// @param bits  1 to 32
   std::uint32_t Read(int bits) noexcept {
     const std::uint32_t value = Ahead() >> (32 - bits);
     Skip(bits);
     return value;
   }
 
-  int Left() const noexcept { return end_ - position_; }
+  int Left() const noexcept { return static_cast<int>(end_ - position_); }
 
  private:
-  std::array<unsigned char, kMostFrameBytes + 4> bytes_{};
-  int end_ = 0;
-  int position_ = 0;
+  static constexpr std::size_t kWords = kMostFrameBytes / 4;
+
+  std::array<std::uint32_t, kWords + 2> words_{};  // zeros follow the frame
+  unsigned end_ = 0;
+  unsigned position_ = 0;
 };
 
 }  // namespace Quorvex::g722_1

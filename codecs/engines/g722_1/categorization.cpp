@@ -7,7 +7,7 @@
 namespace Quorvex::g722_1 {
 namespace {
 
-constexpr int kChanges = 15;
+constexpr std::size_t kChanges = 15;
 
 // Bits that a region of each category is expected to take, from ITU-T G.722.1.
 constexpr std::array<int, 8> kExpectedBits = {52, 47, 43, 37, 29, 22, 16, 0};
@@ -107,7 +107,7 @@ Categories Categorize(const Powers& powers, int bits, int control) noexcept {
   std::array<std::size_t, 2 * kChanges> changes{};
   std::size_t first = kChanges;
   std::size_t end = kChanges;
-  for (int i = 0; i < kChanges; ++i) {
+  for (std::size_t i = 0; i < kChanges; ++i) {
     if (fine.Bits() + coarse.Bits() <= 2 * bits) {
       changes[--first] = fine.MakeFiner();
     } else {

@@ -28,33 +28,50 @@ std::array<Word, kLevels> Magnitudes(const std::array<Word, kLevels>& centroids,
   return magnitudes;
 }
 
-// One code word holds a vector's levels, as digits of a number, the first the most significant. A
-// sign follows for each that is not 0; those whose magnitude is 0 nevertheless leave their sign to
-// the next.
+// What a code word stands for: levels, each but 0 with a sign that follows.
+template <std::size_t kDimension>
+struct Levels {
+  std::array<std::uint8_t, kDimension> levels;
+  std::uint8_t signCount;
+};
+
+// By the value of the code word, whose digits are the levels, the first the most significant.
+template <std::size_t kDimension, std::size_t kLevels>
+constexpr auto MakeLevels() noexcept {
+  constexpr std::size_t kVectors = [] {
+    std::size_t count = 1;
+    for (std::size_t k = 0; k < kDimension; ++k) count *= kLevels;
+    return count;
+  }();
+  std::array<Levels<kDimension>, kVectors> result{};
+  for (std::size_t i = 0; i < kVectors; ++i) {
+    std::size_t digits = i;
+    for (std::size_t k = kDimension; k-- > 0; digits /= kLevels) {
+      result[i].levels[k] = static_cast<std::uint8_t>(digits % kLevels);
+      if (digits % kLevels != 0) ++result[i].signCount;
+    }
+  }
+  return result;
+}
+
+// A level whose magnitude is 0 leaves its sign to the next one.
 template <int kCategory>
 bool ReadRegion(BitReader& reader, Word deviation, Word* coefficients) noexcept {
   constexpr const auto& kCodebook = kQuantiser<kCategory>;
-  static constexpr PrefixCode kCode(kCodebook.tree);
-  constexpr int kLevels = static_cast<int>(kCodebook.centroids.size());
   constexpr std::size_t kDimension = kCodebook.dimension;
+  static constexpr PrefixCode kCode(kCodebook.tree);
+  static constexpr auto kLevels = MakeLevels<kDimension, kCodebook.centroids.size()>();
   const auto magnitudes = Magnitudes(kCodebook.centroids, deviation);
   for (std::size_t i = 0; i < kRegionSize; i += kDimension) {
-    int digits = kCode.Read(reader);
-    std::array<Word, kDimension> vector;
-    int signCount = 0;
-    for (std::size_t k = kDimension; k-- > 0;) {
-      const int level = digits % kLevels;
-      digits /= kLevels;
-      vector[k] = magnitudes[static_cast<std::size_t>(level)];
-      signCount += level != 0 ? 1 : 0;
-    }
-    if (reader.Left() < signCount) return false;
+    const auto& vector = kLevels[static_cast<std::size_t>(kCode.Read(reader))];
+    if (reader.Left() < vector.signCount) return false;
     std::uint32_t signs = reader.Ahead();
-    reader.Skip(signCount);
+    reader.Skip(vector.signCount);
     for (std::size_t k = 0; k < kDimension; ++k) {
+      const Word magnitude = magnitudes[vector.levels[k]];
       const Long isNegative = signs >> 31 != 0 ? 0 : -1;
-      coefficients[i + k] = static_cast<Word>((vector[k] ^ isNegative) - isNegative);
-      signs <<= vector[k] != 0 ? 1 : 0;
+      coefficients[i + k] = static_cast<Word>((magnitude ^ isNegative) - isNegative);
+      signs <<= magnitude != 0 ? 1 : 0;
     }
   }
   return true;

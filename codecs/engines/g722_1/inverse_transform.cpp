@@ -17,13 +17,10 @@
 namespace Quorvex::g722_1 {
 namespace {
 
-using fixed_point::Add;
 using fixed_point::Long;
 using fixed_point::MultiplyAdd;
 using fixed_point::Round;
 using fixed_point::Saturate;
-using fixed_point::ShiftRight;
-using fixed_point::Subtract;
 using fixed_point::Word;
 
 // What the first stages make of 32 neighbours does not depend on the others: row r of the ten
@@ -219,11 +216,11 @@ void AddBias(const Samples& groups, int magnitudeShift, Samples& output) noexcep
     for (std::size_t i = 0; i < kFrameSamples; ++i) result[i] = kBias[kPlaces<kFrameSamples>[i]];
     return result;
   }();
-  const int factor = magnitudeShift < 0 ? 2 : 1;
-  const int shift = std::max(magnitudeShift, 0);
+  const int left = std::max(-magnitudeShift, 0);
+  const int right = std::max(magnitudeShift, 0);
   Samples sums;
   for (std::size_t i = 0; i < kFrameSamples; ++i) {
-    sums[i] = static_cast<Word>(Saturate((groups[i] + kBiasInPlace[i]) * factor) >> shift);
+    sums[i] = static_cast<Word>(Saturate((groups[i] + kBiasInPlace[i]) << left) >> right);
   }
   for (std::size_t i = 0; i < kFrameSamples; ++i) output[kPlaces<kFrameSamples>[i]] = sums[i];
 }

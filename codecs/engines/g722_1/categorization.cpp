@@ -103,7 +103,10 @@ Categories Categorize(const Powers& powers, int bits, int control) noexcept {
   const int offset = FindOffset(powers, bits);
   Balance fine(powers, offset);
   Balance coarse(powers, offset);
-  // The regions changed on the way from the finest set to the coarsest.
+  // The regions changed on the way from the finest set to the coarsest. There always is one to
+  // change: a change is of 16 bits at most, so the two totals are never more than 240 apart, and
+  // bits are at least 263 and at most 514. All regions in category 0, 728 bits, would have to fall
+  // short, or all in category 7, no bits, be too much.
   std::array<std::size_t, 2 * kChanges> changes{};
   std::size_t first = kChanges;
   std::size_t end = kChanges;

@@ -10,6 +10,10 @@ namespace Quorvex {
 /// The coding of a sample, by its wave format tag.
 enum class WaveLaw : int { kLinear = 1, kALaw = 6, kMuLaw = 7 };
 
+/// What readers call the codings.
+inline constexpr const wchar_t* kALawName = L"CCITT A-Law";
+inline constexpr const wchar_t* kMuLawName = L"CCITT u-Law";
+
 /// Linear 16-bit value of each code word: ITU-T G.711, tables 1a and 2a, scaled to 16 bits as the
 /// reference expansion does (A-law's 13 bits by 8, mu-law's 14 bits by 4).
 using G711Table = std::array<std::int16_t, 256>;

@@ -26,6 +26,16 @@ std::wstring_view LongestFit(std::wstring_view text, unsigned long capacity) {
 
 }  // namespace
 
+bool HasExtension(std::wstring_view path, std::wstring_view extension) noexcept {
+  if (path.size() <= extension.size()) return false;
+  path.remove_prefix(path.size() - extension.size() - 1);
+  const auto isSame = [](wchar_t upper, wchar_t character) {
+    const bool isLower = character >= L'a' && character <= L'z';
+    return upper == (isLower ? static_cast<wchar_t>(character - L'a' + L'A') : character);
+  };
+  return path.front() == L'.' && std::ranges::equal(extension, path.substr(1), isSame);
+}
+
 unsigned long CopyText(std::wstring_view text, wchar_t* buffer, unsigned long capacity) noexcept {
   if (buffer == nullptr || capacity == 0) return static_cast<unsigned long>(text.size()) + 1;
   return Deliver(text.substr(0, capacity - 1), buffer);

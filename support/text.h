@@ -24,6 +24,10 @@ unsigned long NarrowForm(const WideOperation& operation, char* buffer, unsigned 
   return NoThrowOr(0UL, [&] { return CopyText(TextOf<wchar_t>(operation), buffer, capacity); });
 }
 
+/// Whether a path ends in a dot and an extension, in any case of the letters A to Z.
+/// @param extension  in upper case.
+bool HasExtension(std::wstring_view path, std::wstring_view extension) noexcept;
+
 /// A caller's text as wide text; null counts as empty. May throw std::bad_alloc.
 inline std::wstring ToWide(const wchar_t* text) { return text != nullptr ? text : L""; }
 inline std::wstring ToWide(const char* text) {

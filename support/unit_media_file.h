@@ -33,7 +33,8 @@ class UnitMediaFile : public BuiltInMediaFile<Interface> {
                                      UnitAudio& audio) = 0;
   /// Decodes units, in the order of the file. Not called for a plain file.
   /// @param samples  receives count x unitFrames frames of all channels, interleaved.
-  virtual void Decode(const unsigned char* units, std::size_t count, short* samples) = 0;
+  /// @return QVERR_OK, or why the block is not delivered; reading may go on after it.
+  virtual QVERRORCODE_TAG Decode(const unsigned char* units, std::size_t count, short* samples) = 0;
 
   const AudioFacts& Facts() const final { return audio_.facts; }
 
@@ -49,7 +50,7 @@ class UnitMediaFile : public BuiltInMediaFile<Interface> {
     return samples_.Resize(frames * channels) ? QVERR_OK : QVERR_CREATE_FAILED;
   }
 
-  void CloseFormat() final {
+  void CloseFormat() override {
     units_.Close();
     samples_.Reset();
     audio_ = {};
@@ -63,7 +64,8 @@ class UnitMediaFile : public BuiltInMediaFile<Interface> {
     if (audio_.needsNoDecoding) {
       samples = reinterpret_cast<const short*>(units);
     } else {
-      Decode(units, count, samples_.Data());
+      const QVERRORCODE_TAG decoded = Decode(units, count, samples_.Data());
+      if (decoded != QVERR_OK) return decoded;
       samples = samples_.Data();
     }
     frames = static_cast<unsigned long>(count * audio_.unitFrames);

@@ -86,10 +86,11 @@ namespace {
 class CAUMediaFileImpl final : public UnitMediaFile<> {
  protected:
   QVERRORCODE_TAG ReadHeader(const wchar_t* path, HeaderReader& reader, UnitAudio& audio) override;
-  void Decode(const unsigned char* units, std::size_t count, short* samples) override {
+  QVERRORCODE_TAG Decode(const unsigned char* units, std::size_t count, short* samples) override {
     const int channels = Facts().channels;
     ConvertAUSamples(static_cast<AUEncoding>(encoding_), channels, units,
                      count * static_cast<std::size_t>(channels), samples);
+    return QVERR_OK;
   }
   std::wstring_view FormatName() const override { return kFormatName; }
   std::wstring EncodingName() const override { return AUEncodingName(encoding_); }

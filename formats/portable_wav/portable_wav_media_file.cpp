@@ -131,9 +131,10 @@ namespace {
 class CPortableInputWAVMediaFileImpl final : public UnitMediaFile<> {
  protected:
   QVERRORCODE_TAG ReadHeader(const wchar_t* path, HeaderReader& reader, UnitAudio& audio) override;
-  void Decode(const unsigned char* units, std::size_t count, short* samples) override {
+  QVERRORCODE_TAG Decode(const unsigned char* units, std::size_t count, short* samples) override {
     ConvertToInt16(law_, bytesPerSample_, units, count * static_cast<std::size_t>(Facts().channels),
                    samples);
+    return QVERR_OK;
   }
   std::wstring_view FormatName() const override { return kFormatName; }
   std::wstring EncodingName() const override;
@@ -154,8 +155,8 @@ QVERRORCODE_TAG CPortableInputWAVMediaFileImpl::ReadHeader(const wchar_t*, Heade
 }
 
 std::wstring CPortableInputWAVMediaFileImpl::EncodingName() const {
-  if (law_ == WaveLaw::kALaw) return L"CCITT A-Law";
-  if (law_ == WaveLaw::kMuLaw) return L"CCITT u-Law";
+  if (law_ == WaveLaw::kALaw) return kALawName;
+  if (law_ == WaveLaw::kMuLaw) return kMuLawName;
   return bytesPerSample_ == 1 ? L"Uncompressed unsigned 8-bit linear PCM"
                               : L"Uncompressed signed 16-bit linear PCM";
 }

@@ -9,6 +9,7 @@
 
 #include "formats/vox/vox_decoder.h"
 #include "support/built_in_media_file_factory.h"
+#include "support/text.h"
 #include "support/unit_media_file.h"
 
 namespace Quorvex {
@@ -24,18 +25,6 @@ constexpr std::wstring_view kExtensions[] = {L"VOX", L"VX8"};
 
 std::atomic<std::uint32_t> defaultFrequency = kInitialDefaultFrequency;
 
-// Whether a path ends in ".vx8", in any case of letters.
-bool IsVX8(std::wstring_view path) {
-  constexpr std::wstring_view kUpper = L".VX8";
-  constexpr std::wstring_view kLower = L".vx8";
-  if (path.size() < kUpper.size()) return false;
-  path.remove_prefix(path.size() - kUpper.size());
-  for (std::size_t i = 0; i < path.size(); ++i) {
-    if (path[i] != kUpper[i] && path[i] != kLower[i]) return false;
-  }
-  return true;
-}
-
 class CVOXMediaFileImpl final : public UnitMediaFile<CVOXMediaFile> {
  public:
   QVERRORCODE_TAG SetSamplingFrequency(unsigned long hertz) override {
@@ -47,8 +36,9 @@ class CVOXMediaFileImpl final : public UnitMediaFile<CVOXMediaFile> {
 
  protected:
   QVERRORCODE_TAG ReadHeader(const wchar_t* path, HeaderReader& reader, UnitAudio& audio) override;
-  void Decode(const unsigned char* units, std::size_t count, short* samples) override {
+  QVERRORCODE_TAG Decode(const unsigned char* units, std::size_t count, short* samples) override {
     decoder_.Decode(units, count, samples);
+    return QVERR_OK;
   }
   std::wstring_view FormatName() const override { return kFormatName; }
   std::wstring EncodingName() const override {
@@ -64,7 +54,8 @@ class CVOXMediaFileImpl final : public UnitMediaFile<CVOXMediaFile> {
 QVERRORCODE_TAG CVOXMediaFileImpl::ReadHeader(const wchar_t* path, HeaderReader& reader,
                                               UnitAudio& audio) {
   std::uint32_t frequency = override_ != 0 ? override_ : defaultFrequency.load();
-  if (IsVX8(path)) frequency = kVX8Frequency;  // wanted: the name goes before the override
+  if (HasExtension(path, L"VX8"))
+    frequency = kVX8Frequency;  // wanted: the name goes before the override
   const auto samples = static_cast<double>(reader.Size()) * kSamplesPerByte;
   audio.facts = {.channels = 1,
                  .samplingFrequency = frequency,

@@ -16,9 +16,17 @@
 //
 // What the built-in formats deliver, and where they differ in their failures:
 //
-//     .wav        RIFF/WAVE in a strict subset. Blocks of up to one second. On Linux what that
-//                 reader refuses is tried once more, by one for every coding of wave files, whose
-//                 failures are other ones: input_wav_media_file.h.
+//     .wav        RIFF/WAVE in a strict subset. Blocks of up to one second. What that reader
+//                 refuses is tried by the next one, and on Linux once more, by one for every coding
+//                 of wave files, whose failures are other ones: input_wav_media_file.h.
+//     .g722 .alaw .mulaw
+//                 Coded audio without a header, mono: G.722 at 64 kbit/s and 16,000 Hz, G.711 at
+//                 8,000 Hz. Each byte of G.722 is two samples, also when the last 10 ms are not
+//                 whole; 10 ms whose bytes are all zero are silence, see ipp_decoder.h. Blocks are
+//                 about 4,000 bytes of the file. This is the next reader of .wav files; it takes
+//                 A-law and mu-law of 8 bits at any rate, with any number of channels. A RIFF/WAVE
+//                 file under the other extensions is read by its header, too. QVERR_BAD_FORMAT for
+//                 any other coding.
 //     .au         Sun AU. Blocks of up to 1,024 frames. The audio runs to the end of the file,
 //                 whatever size the header tells. Each sample is multiplied by 1 / channels, then
 //                 rounded half away from zero and limited to 16 bits: a file of two channels is
@@ -39,8 +47,8 @@
 //                 end. The tags of the file are held in memory as long as it is open.
 //
 // Reading the others gives QVERR_FILE_IO when the system cannot read on, and from a .wav file that
-// has become shorter than it was when it was opened; .au and .vox files then end earlier, and are
-// read further when they have grown.
+// has become shorter than it was when it was opened; files of the other formats then end earlier,
+// and are read further when they have grown.
 #pragma once
 
 #include <MediaAccessor/export.h>

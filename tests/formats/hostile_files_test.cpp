@@ -56,9 +56,7 @@ TEST(HostileFiles, EveryTruncationIsARefusalOrFewerFrames) {
   int files = 0;
   for (const std::filesystem::path& whole : FilesIn(MEDIA_ACCESSOR_FIXTURES)) {
     const std::string extension = whole.extension().string();
-    if (extension != ".wav" && extension != ".au" && extension != ".vox" && extension != ".opus") {
-      continue;
-    }
+    if (extension.starts_with(".s") || extension == ".sh") continue;  // no input of a reader
     const std::filesystem::path path = directory.File("cut" + extension);
     std::filesystem::copy_file(whole, path, std::filesystem::copy_options::overwrite_existing);
     const unsigned long long frames = CountFrames(path);

@@ -92,8 +92,8 @@ TEST_P(ReaderStates, ClosedOpenAndClosedAgain) {
 TEST_P(ReaderStates, NoFileIsHeldAfterARefusalOrAClose) {
   // Nobody else may have them open.
   const tests::TemporaryDirectory directory;
-  const std::string good = directory.File("good");
-  const std::string bad = directory.File("bad");
+  const std::string good = directory.File(std::string("good.") + c.extension);
+  const std::string bad = directory.File(std::string("bad.") + c.extension);
   std::filesystem::copy(tests::Fixture(c.file), good);
   ASSERT_EQ(file->Open(good.c_str()), QVERR_OK);
   EXPECT_TRUE(tests::IsHeld(good));
@@ -126,6 +126,8 @@ INSTANTIATE_TEST_SUITE_P(
                                &CInputWAVMediaFile::Factory()},
                     ReaderCase{"au", "au_sox_pcm16.au", "refused_aiff.wav", QVERR_BAD_FORMAT,
                                QVERR_FILE_OPEN_FAILED},
+                    ReaderCase{"g722", "g722_ffmpeg.g722", "sox_pcm16_stereo.wav", QVERR_BAD_FORMAT,
+                               QVERR_BAD_FORMAT},
                     ReaderCase{"vox", "vox_sox.vox", nullptr, QVERR_OK, QVERR_OK},
                     ReaderCase{"opus", "opus_stereo.opus", "refused_aiff.wav",
                                QVERR_FILE_OPEN_FAILED, QVERR_FILE_OPEN_FAILED}),

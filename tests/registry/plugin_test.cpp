@@ -86,10 +86,16 @@ std::vector<std::string> Plugins::log;
 
 TEST_F(Plugins, TheirFactoriesComeInTheirOrderBeforeTheBuiltInOnes) {
   EXPECT_EQ(initialized, QVERR_CREATE_FAILED) << "one factory throws when it is registered";
-  const std::vector<std::wstring> onLinux = {L"Microsoft WAV Format", L"opt",
-                                             L"Toy Format",           L"unopenable",
-                                             L"Sun AU Format",        L"Oki/Dialogic VOX Format",
-                                             L"Portable WAV Format",  L"Opus media format"};
+  const std::vector<std::wstring> onLinux = {
+      L"Microsoft WAV Format",
+      L"opt",
+      L"Toy Format",
+      L"unopenable",
+      L"AUD/NMF/WAV/G729AB/TrueSpeech/G722/ALaw/Mulaw format",
+      L"Sun AU Format",
+      L"Oki/Dialogic VOX Format",
+      L"Portable WAV Format",
+      L"Opus media format"};
   // Its own readers are to stand in the place of the first.
   const std::vector<std::wstring> onWindows(onLinux.begin() + 1, onLinux.end());
   const auto& expected = tests::kSystemIsWindows ? onWindows : onLinux;

@@ -353,16 +353,22 @@ TEST_F(Program, Formats) {
   EXPECT_EQ(Run({"formats"}), 0);
   EXPECT_EQ(output,
             "EXTENSION  CANDIDATES\n"
+            "alaw       AUD/NMF/WAV/G729AB/TrueSpeech/G722/ALaw/Mulaw format\n"
             "au         Sun AU Format\n"
+            "g722       AUD/NMF/WAV/G729AB/TrueSpeech/G722/ALaw/Mulaw format\n"
+            "mulaw      AUD/NMF/WAV/G729AB/TrueSpeech/G722/ALaw/Mulaw format\n"
             "opus       Opus media format\n"
             "vox        Oki/Dialogic VOX Format\n"
             "vx8        Oki/Dialogic VOX Format\n"
-            "wav        Portable WAV Format, Microsoft WAV Format\n");
+            "wav        Portable WAV Format, AUD/NMF/WAV/G729AB/TrueSpeech/G722/ALaw/Mulaw format, "
+            "Microsoft WAV Format\n");
   EXPECT_EQ(Run({"formats", "--json"}), 0);
-  EXPECT_EQ(
-      nlohmann::json::parse(output)[4],
-      nlohmann::json::parse(
-          R"({"extension": "wav", "candidates": ["Portable WAV Format", "Microsoft WAV Format"]})"));
+  EXPECT_EQ(nlohmann::json::parse(output)[7],
+            (nlohmann::json{
+                {"extension", "wav"},
+                {"candidates",
+                 {"Portable WAV Format", "AUD/NMF/WAV/G729AB/TrueSpeech/G722/ALaw/Mulaw format",
+                  "Microsoft WAV Format"}}}));
 }
 
 }  // namespace

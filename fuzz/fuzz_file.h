@@ -13,27 +13,25 @@
 namespace fuzz {
 
 /// Writes the bytes to a file of this process, replaced at each call. @return its path.
-inline const std::string& FileOf(const std::uint8_t* data, std::size_t size,
-                                 const char* extension) {
+inline std::string FileOf(const std::uint8_t* data, std::size_t size, const char* extension) {
   struct Scratch {
-    explicit Scratch(const char* ending) {
+    Scratch() {
       std::string name =
           (std::filesystem::exists("/dev/shm") ? "/dev/shm/fuzz-XXXXXX" : "/tmp/fuzz-XXXXXX");
       if (mkdtemp(name.data()) == nullptr) std::abort();
       directory = name;
-      path = name + "/x" + ending;
     }
     ~Scratch() {
       std::error_code error;
       std::filesystem::remove_all(directory, error);
     }
     std::string directory;
-    std::string path;
   };
-  static const Scratch scratch(extension);
-  std::ofstream file(scratch.path, std::ios::binary | std::ios::trunc);
+  static const Scratch scratch;
+  std::string path = scratch.directory + "/x" + extension;
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
   file.write(reinterpret_cast<const char*>(data), static_cast<std::streamsize>(size));
-  return scratch.path;
+  return path;
 }
 
 /// What a reader's estimate of the length is held to.
@@ -82,7 +80,7 @@ inline void Exercise(Quorvex::CMediaFile& file, std::uint8_t choice, Length leng
 /// One input of a target: the bytes as a file, through one reader, used twice as one object.
 inline int FuzzReader(const Quorvex::CMediaFileFactory& factory, const char* extension,
                       Length length, const std::uint8_t* data, std::size_t size) {
-  const std::string& path = FileOf(data, size, extension);
+  const std::string path = FileOf(data, size, extension);
   const Quorvex::MediaFilePtr file(factory.CreateMediaFile());
   for (const std::uint8_t choice : {std::uint8_t{0}, size > 0 ? data[0] : std::uint8_t{3}}) {
     if (file->Open(path.c_str()) != Quorvex::QVERR_OK) {

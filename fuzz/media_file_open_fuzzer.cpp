@@ -2,7 +2,7 @@
 #include "fuzz/fuzz_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string& path = fuzz::FileOf(data, size, ".wav");
+  const std::string path = fuzz::FileOf(data, size, ".wav");
   Quorvex::MediaFilePtr file;
   if (Quorvex::MediaFileOpen(path.c_str(), file) == Quorvex::QVERR_OK) {
     fuzz::Exercise(*file, size > 0 ? data[size - 1] : 0, fuzz::Length::kEstimate);

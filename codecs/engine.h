@@ -107,9 +107,8 @@ struct SpeechEngine {
                          std::size_t* bytes) noexcept;
   /// Decodes one frame.
   /// @param samples  receives pcmFrameBytes of PCM, on kOk only.
-  /// @return kOk; kBadFrame for a size that no frame of this bit rate has; kBadArgument for a
-  /// handle
-  ///         of an encoder.
+  /// @return kOk; kBadFrame for a size that no frame of this bit rate has; kBadArgument for
+  ///         a handle of an encoder.
   EngineStatus (*Decode)(EngineHandle* handle, const CodedFrame& frame, short* samples) noexcept;
 
   /// Bytes that come out of so many whole frames: PCM of a decoder, the coded frames of an encoder.

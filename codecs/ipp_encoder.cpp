@@ -116,7 +116,8 @@ QVERRORCODE_TAG IPPEncoderImpl::Encode(Samples samples) noexcept {
     begun_.Clear();
     isCoded = EncodeFrame(frame);
   }
-  Gather(samples, samples.size());
+  // What follows a frame that could not be coded may be more than a frame.
+  if (isCoded) Gather(samples, samples.size());
   const QVERRORCODE_TAG pushed = Push();
   return isCoded ? pushed : QVERR_BAD_FORMAT;
 }

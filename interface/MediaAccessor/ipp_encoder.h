@@ -42,8 +42,10 @@ class MEDIA_ACCESSOR_API IPPEncoder : public CMediaSink {
   ///     QVERR_INVALID_ARGUMENT  null data
   ///     QVERR_BAD_STATE         the conversion that SetInputSampleRate could not set up
   ///     QVERR_CREATE_FAILED     memory ran out, or the sink threw; samples may be lost
-  ///     QVERR_BAD_FORMAT        the engine failed
-  ///     any other               the sink's own; what it was given is lost
+  ///     QVERR_BAD_FORMAT        the engine failed; the frames before were pushed, the samples from
+  ///                             there on are lost
+  ///     any other               the sink's own; what it was given is lost, and of samples that are
+  ///                             converted the rest
   QVERRORCODE_TAG Write(const void* data, unsigned long count) override = 0;
 
   /// Sets the sink that receives the frames. @param sink  not owned; null detaches.

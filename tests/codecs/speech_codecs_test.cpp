@@ -1,0 +1,133 @@
+// Which speech codecs the library has, and who may use them.
+#include <MediaAccessor/all.h>
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+namespace {
+
+using namespace Quorvex;
+
+TEST(SpeechCodecs, WhichThereAre) {
+  struct Case {
+    int codec;
+    long bitRate;
+    int frameBytes;  // 0: none is made
+  };
+  for (const Case& c : {Case{0, 0, 0},
+                        {7, 0, 0},
+                        {IPPCoder::G729A, 0, 0},
+                        {IPPCoder::G729A_HEADERED, 0, 0},
+                        {IPPCoder::G723_1_53, 0, 0},
+                        {IPPCoder::G723_1_63, 0, 0},
+                        {IPPCoder::G722, 0, 80},
+                        {IPPCoder::G722, 56000, 70},
+                        {IPPCoder::G722, 48000, 60},
+                        {IPPCoder::G722, 12345, 0},
+                        {IPPCoder::G722, LONG_MIN, 0},
+                        {IPPCoder::G722_1, 0, 0}}) {
+    const auto codec = static_cast<IPPCoder::CODEC>(c.codec);
+    const IPPDecoderPtr decoder(IPPDecoder::CreateInstance(codec, c.bitRate));
+    EXPECT_EQ(decoder != nullptr ? decoder->GetCompressedFrameBytes() : 0, c.frameBytes)
+        << c.codec << " at " << c.bitRate;
+    EXPECT_EQ(IPPEncoder::CreateInstance(codec), nullptr);
+  }
+  EXPECT_EQ(IPPDecoder::CreateInstance(), nullptr);
+  testing::internal::CaptureStderr();
+  MediaAccessorSetLog("", kLogStandardError);
+  IPPDecoder::CreateInstance(IPPCoder::G723_1_63);
+  IPPDecoder::CreateInstance(IPPCoder::G722, 12345);
+  MediaAccessorSetLog("", 0);
+  const std::string log = testing::internal::GetCapturedStderr();
+  EXPECT_NE(log.find("IPP_G723.1: there is no engine for this speech codec"), std::string::npos)
+      << log;
+  EXPECT_NE(log.find("IPP_G722 has no bit rate of 12345"), std::string::npos) << log;
+}
+
+// What the host's callbacks do, and what they were asked.
+struct Host {
+  static QVERRORCODE_TAG Query(const char* feature, unsigned long& licences) {
+    asked += std::string("query ") + feature + ";";
+    EXPECT_EQ(licences, 1U);
+    if (throws) throw std::runtime_error("query");
+    licences = count;
+    return queried;
+  }
+  static QVERRORCODE_TAG Check(const char* feature) {
+    asked += std::string("check ") + feature + ";";
+    return feature == refused ? QVERR_NOT_LICENSED : QVERR_OK;
+  }
+  inline static std::string asked, refused;
+  inline static unsigned long count = 1;
+  inline static QVERRORCODE_TAG queried = QVERR_OK;
+  inline static bool throws = false;
+};
+
+class Licence : public testing::Test {
+ protected:
+  ~Licence() override {
+    InitializeMediaAccessorLibrary("", "");
+    InitializeMediaAccessorLibrary(MediaAccessorLicenceQuery{}, nullptr);
+  }
+
+  // The codecs that may be used, of all numbers from -1 to 7.
+  static std::string Permitted() {
+    std::string list;
+    Host::asked.clear();
+    for (int codec = -1; codec <= 7; ++codec) {
+      if (IPPCoder::IsLicensedCodec(static_cast<IPPCoder::CODEC>(codec))) {
+        list += std::to_string(codec);
+      }
+    }
+    return list;
+  }
+};
+
+TEST_F(Licence, TheTextsOfTheHost) {
+  EXPECT_EQ(Permitted(), "123456") << "without a word";
+  EXPECT_EQ(InitializeMediaAccessorLibrary("somebody", nullptr), QVERR_OK);
+  EXPECT_EQ(Permitted(), "56");
+  EXPECT_EQ(InitializeMediaAccessorLibrary("somebody", "key"), QVERR_OK);
+  EXPECT_EQ(Permitted(), "123456");
+  EXPECT_EQ(InitializeMediaAccessorLibrary(L"", L"key"), QVERR_OK);
+  EXPECT_EQ(Permitted(), "56");
+  InitializeMediaAccessorLibrary(&Host::Query, &Host::Check);
+  EXPECT_EQ(Permitted(), "56") << "neither may speak against it";
+  EXPECT_EQ(InitializeMediaAccessorLibrary(static_cast<const wchar_t*>(nullptr), nullptr),
+            QVERR_OK);
+  EXPECT_EQ(Permitted(), "123456");
+}
+
+TEST_F(Licence, TheCallbacksOfTheHost) {
+  InitializeMediaAccessorLibrary(&Host::Query, &Host::Check);
+  EXPECT_EQ(Permitted(), "123456");
+  const std::string g729 = "query G729;check G729;";
+  const std::string g723 = "query TrueSpeech;check TrueSpeech;";
+  EXPECT_EQ(Host::asked, g729 + g729 + g723 + g723);
+  Host::refused = "G729";
+  EXPECT_EQ(Permitted(), "3456");
+  const WAVFileWriterPtr writer(CWAVFileWriter::CreateInstance());
+  EXPECT_EQ(writer->SetOutputCoding(kWAVOutputG729A), QVERR_CODEC_NOT_LICENSED);
+  EXPECT_EQ(writer->SetOutputCoding(kWAVOutputTrueSpeech), QVERR_CREATE_FAILED);
+  Host::refused = "TrueSpeech";
+  EXPECT_EQ(Permitted(), "1256");
+  EXPECT_EQ(writer->SetOutputCoding(kWAVOutputG729A), QVERR_CREATE_FAILED);
+  EXPECT_EQ(writer->SetOutputCoding(kWAVOutputTrueSpeech), QVERR_CODEC_NOT_LICENSED);
+  InitializeMediaAccessorLibrary(&Host::Query, nullptr);
+  EXPECT_EQ(Permitted(), "123456") << "the check has no say any more";
+  Host::count = 0;
+  EXPECT_EQ(Permitted(), "56");
+  Host::count = 2;
+  Host::queried = QVERR_BUSY;
+  EXPECT_EQ(Permitted(), "56");
+  Host::queried = QVERR_OK;
+  Host::throws = true;
+  EXPECT_EQ(Permitted(), "56");
+  InitializeMediaAccessorLibrary(nullptr, &Host::Check);
+  EXPECT_EQ(Permitted(), "1256");
+}
+
+}  // namespace

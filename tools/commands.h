@@ -41,6 +41,17 @@ struct ConvertOptions : SourceOptions {
 };
 int RunConvert(const ConvertOptions& options);
 
+struct CodecOptions {
+  std::string direction;  // "decode" or "encode"
+  std::string codec;      // one of CodecNames()
+  int bitRate = 0;        // bit/s; 0: the codec's
+  std::string input;
+  std::string output;  // "-": standard output
+};
+/// What speech codecs are called on the command line.
+std::vector<std::string> CodecNames();
+int RunCodec(const CodecOptions& options);
+
 int RunFormats(bool json);
 
 }  // namespace media_accessor_tool

@@ -6,7 +6,10 @@
 #include <MediaAccessor/text.h>
 
 #include <cstdio>
+#include <filesystem>
 #include <vector>
+
+#include "platform/console.h"
 
 namespace media_accessor_tool {
 
@@ -60,6 +63,16 @@ QVERRORCODE_TAG OpenFile(const std::string& path, const CMediaFileFactory* reade
   const QVERRORCODE_TAG result = file->Open(path.c_str());
   if (result != QVERR_OK) file.reset();
   return result;
+}
+
+bool IsSameFile(const std::string& input, const std::string& output) {
+  std::error_code error;
+  if (output == "-" || !std::filesystem::equivalent(platform::ArgumentPath(input),
+                                                    platform::ArgumentPath(output), error)) {
+    return false;
+  }
+  ReportError(output, "is the input file");
+  return true;
 }
 
 void ReportFailure(const std::string& path, QVERRORCODE_TAG result) {

@@ -20,6 +20,9 @@ bool FindReader(const std::string& formatName, const Quorvex::CMediaFileFactory*
 Quorvex::QVERRORCODE_TAG OpenFile(const std::string& path, const Quorvex::CMediaFileFactory* reader,
                                   Quorvex::MediaFilePtr& file);
 
+/// Whether an output would replace its own input, which is then reported; "-" never does.
+bool IsSameFile(const std::string& input, const std::string& output);
+
 /// One line on standard error: file, code, its name and its meaning.
 void ReportFailure(const std::string& path, Quorvex::QVERRORCODE_TAG result);
 

@@ -45,16 +45,21 @@ std::string Version() {
   return std::string("media-accessor ") + text;
 }
 
-int ParseHertz(const std::string& option, const std::string& text) {
-  int hertz = 0;
+// @param what  such as "a bit rate is a number of bits a second".
+int ParsePositive(const std::string& option, const std::string& what, const std::string& text) {
+  int number = 0;
   const char* const end = text.data() + text.size();
-  const auto [parsed, error] = std::from_chars(text.data(), end, hertz);
-  if (error != std::errc() || parsed != end || hertz < 1) {
-    throw CLI::ValidationError(option, "a sampling frequency is a number of hertz from 1 to " +
+  const auto [parsed, error] = std::from_chars(text.data(), end, number);
+  if (error != std::errc() || parsed != end || number < 1) {
+    throw CLI::ValidationError(option, what + " from 1 to " +
                                            std::to_string(std::numeric_limits<int>::max()) +
                                            ", not \"" + Printable(text) + "\"");
   }
-  return hertz;
+  return number;
+}
+
+int ParseHertz(const std::string& option, const std::string& text) {
+  return ParsePositive(option, "a sampling frequency is a number of hertz", text);
 }
 
 // A .vox file does not tell its frequency.
@@ -141,6 +146,41 @@ void AddConvert(CLI::App& app, int& exitCode) {
   command->callback([options, &exitCode] { exitCode = RunConvert(*options); });
 }
 
+void AddCodec(CLI::App& app, int& exitCode) {
+  auto options = std::make_shared<CodecOptions>();
+  CLI::App* command = app.add_subcommand(
+      "codec",
+      "Decode the bare frames of a speech codec to raw signed 16-bit little-endian\n"
+      "samples, or encode such samples");
+  command->add_option("DIRECTION", options->direction, "decode or encode")
+      ->required()
+      ->check(CLI::IsMember({"decode", "encode"}))
+      ->type_name("");
+  command->add_option("IN", options->input, "Frames, or mono samples at the codec's frequency")
+      ->required()
+      ->type_name("");
+  command->add_option("-o,--output", options->output, "Output file, - for standard output")
+      ->required()
+      ->type_name("OUT");
+  command
+      ->add_option("--codec", options->codec,
+                   "g729a; g729a-headered: a byte before each frame; g723-53; g723-63;\n"
+                   "g722, g722-1: decoded only")
+      ->required()
+      ->check(CLI::IsMember(CodecNames()))
+      ->type_name("CODEC");
+  command
+      ->add_option_function<std::string>(
+          "--bit-rate",
+          [options = options.get()](const std::string& text) {
+            options->bitRate =
+                ParsePositive("--bit-rate", "a bit rate is a number of bits a second", text);
+          },
+          "g722: 64000 (default), 56000 or 48000; g722-1: 24000 or 32000")
+      ->type_name("N");
+  command->callback([options, &exitCode] { exitCode = RunCodec(*options); });
+}
+
 void AddFormats(CLI::App& app, int& exitCode) {
   auto json = std::make_shared<bool>(false);
   CLI::App* command =
@@ -182,6 +222,7 @@ int Run(int argc, char** argv) {
   AddInfo(app, exitCode);
   AddDecode(app, exitCode);
   AddConvert(app, exitCode);
+  AddCodec(app, exitCode);
   AddFormats(app, exitCode);
   try {
     app.parse(argc, argv);

@@ -1,9 +1,6 @@
 // Builds the chain that a command reads, and tells which link of it failed.
 #include "tools/source.h"
 
-#include <filesystem>
-
-#include "platform/console.h"
 #include "tools/input.h"
 
 namespace media_accessor_tool {
@@ -21,21 +18,12 @@ QVERRORCODE_TAG SelectChannels(CMediaFile& file, const SourceOptions& options) {
                              mode);
 }
 
-bool IsSameFile(const std::string& input, const std::string& output) {
-  std::error_code error;
-  return output != "-" && std::filesystem::equivalent(platform::ArgumentPath(input),
-                                                      platform::ArgumentPath(output), error);
-}
-
 }  // namespace
 
 int Source::Open(const SourceOptions& options, const std::string& output) {
   const CMediaFileFactory* reader = nullptr;
   if (!FindReader(options.reader, reader)) return kWrongUsage;
-  if (IsSameFile(options.input, output)) {
-    ReportError(output, "is the input file");
-    return kWrongUsage;
-  }
+  if (IsSameFile(options.input, output)) return kWrongUsage;
   name_ = options.input;
   QVERRORCODE_TAG result = OpenFile(name_, reader, file_);
   if (result == QVERR_OK) result = SelectChannels(*file_, options);

@@ -2,6 +2,7 @@
 // each push.
 #pragma once
 
+#include <MediaAccessor/ipp_coder.h>
 #include <MediaAccessor/media_sink.h>
 
 #include <algorithm>

@@ -336,6 +336,70 @@ TEST_F(Program, ConvertThatIsCutShortLeavesNothing) {
   EXPECT_EQ(shell("timeout --preserve-status -s TERM 0.1"), 128 + 15);
 }
 
+struct SampleSink : tests::FakeSink {
+  Quorvex::QVERRORCODE_TAG Write(const void* data, unsigned long count) override {
+    const auto* const samples = static_cast<const short*>(data);
+    pcm.assign(samples, samples + count);
+    return Quorvex::QVERR_OK;
+  }
+  tests::Samples pcm;
+};
+
+TEST_F(Program, CodecDecodesAsTheLibraryDoes) {
+  const std::string input = directory.File("x.g722");
+  const std::string raw = directory.File("x.raw");
+  const tests::Samples noise = tests::Noise(70'001);  // more than a block, and no whole frames
+  const tests::Bytes frames(noise.begin(), noise.end());
+  tests::WriteBytes(input, frames);
+  for (const char* rate : {"64000", "56000"}) {
+    SampleSink sink;
+    const Quorvex::IPPDecoderPtr decoder(
+        Quorvex::IPPDecoder::CreateInstance(Quorvex::IPPCoder::G722, std::atol(rate)));
+    decoder->SetSink(&sink);
+    decoder->Decode(frames.data(), static_cast<std::uint32_t>(frames.size()));
+    const Arguments codec = {"codec", "decode", "--codec", "g722", "--bit-rate", rate, input, "-o"};
+    EXPECT_EQ(Run(codec + Arguments{raw}), 0) << errors;
+    EXPECT_EQ(tests::ReadSamples(raw), sink.pcm);
+    EXPECT_EQ(Run(codec + Arguments{"-"}), 0);
+    EXPECT_EQ(tests::ReadSamples(directory.File("out.txt")), sink.pcm);
+    EXPECT_EQ(errors, "");
+  }
+}
+
+TEST_F(Program, CodecRefusals) {
+  const std::string input = directory.File("x.g722");
+  tests::WriteBytes(input, tests::Bytes(160, 1));
+  struct Case {
+    Arguments arguments;
+    int code;
+    const char* error;
+  };
+  const std::string raw = directory.File("x.raw");
+  const Arguments decode = {"decode", input, "-o", raw, "--codec"};
+  const Arguments encode = {"encode", input, "-o", raw, "--codec"};
+  const Case cases[] = {
+      {decode + Arguments{"g729a"}, 1, "--codec g729a: this codec is not in the library"},
+      {encode + Arguments{"g723-53"}, 1, "--codec g723-53: this codec is not in the library"},
+      {encode + Arguments{"g722-1"}, 1, "--codec g722-1: this codec is decoded only"},
+      {decode + Arguments{"g722-1"}, 2, "--bit-rate has to be 24000 or 32000, not 64000"},
+      {decode + Arguments{"g729a", "--bit-rate", "6400"}, 2, "has to be 8000, not 6400"},
+      {decode + Arguments{"g722", "--bit-rate", "64k"}, 2, "is a number of bits a second"},
+      {decode + Arguments{"g711"}, 2, "g711"},
+      {{"decode", input, "-o", raw}, 2, "--codec is required"},
+      {{"recode", input, "-o", raw, "--codec", "g722"}, 2, "recode"},
+      {{"decode", input, "-o", input, "--codec", "g722"}, 2, "is the input file"},
+      {{"decode", "nowhere", "-o", raw, "--codec", "g722"}, 1, "nowhere: cannot be read: No such"},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(Run(Arguments{"codec"} + c.arguments), c.code) << c.error;
+    EXPECT_NE(errors.find(c.error), std::string::npos) << errors;
+    EXPECT_FALSE(std::filesystem::exists(raw)) << "nothing is begun";
+  }
+  EXPECT_EQ(tests::ReadBytes(input).size(), 160U);
+  EXPECT_EQ(Run({"codec", "decode", "--codec", "g722", input, "-o", directory.File("no/x")}), 1);
+  EXPECT_NE(errors.find("cannot be written: No such file"), std::string::npos) << errors;
+}
+
 TEST_F(Program, VerboseTellsWhatWasTried) {
   const std::string input = Fixture("refused_aiff.wav");
   for (const Arguments& arguments :

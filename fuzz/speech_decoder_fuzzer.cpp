@@ -1,0 +1,82 @@
+// The speech decoder: any codec, there or not, over its engine or a small one that refuses frames,
+// with calls of any length to a sink that refuses now and then.
+//
+//     codec8 rate32 flags8 { step8 length16 data }
+#include <MediaAccessor/ownership.h>
+
+#include "codecs/speech_coder.h"
+#include "fuzz/fuzz_input.h"
+#include "tests/codecs/fake_engine.h"
+
+namespace {
+
+using namespace Quorvex;
+using fuzz::Require;
+
+enum Flag : unsigned { kFakeEngine = 1, kKeepTail = 2, kErasureMarker = 4, kKnownRate = 8 };
+enum Step : unsigned { kRefuse = 1, kReset = 2 };
+
+struct Sink : CMediaSink {
+  QVERRORCODE_TAG SetChannelCount(int) override { return QVERR_OK; }
+  QVERRORCODE_TAG Write(const void* data, unsigned long count) override {
+    Require(count > 0 && count % frameSamples == 0);
+    frames += count / frameSamples;
+    const auto* const samples = static_cast<const short*>(data);
+    for (unsigned long i = 0; i < count; ++i) sum = sum + samples[i];  // every one is there
+    return refuses ? QVERR_FILE_IO : QVERR_OK;
+  }
+
+  unsigned long frameSamples = 0;
+  std::uint64_t frames = 0;
+  bool refuses = false;
+  volatile int sum = 0;
+};
+
+IPPDecoder* MakeOne(fuzz::Input& input, unsigned& flags) {
+  constexpr long kRates[] = {64000, 56000, 48000, 32000, 24000};
+  const auto codec = static_cast<IPPCoder::CODEC>(input.Take<std::uint8_t>() % 8);
+  const auto rate = input.Take<std::uint32_t>();
+  flags = input.Take<std::uint8_t>();
+  const long bitRate = (flags & kKnownRate) != 0 ? kRates[rate % std::size(kRates)] : rate;
+  return (flags & kFakeEngine) != 0 ? MakeDecoder(codec, bitRate, tests::FakeEngineOf(codec))
+                                    : IPPDecoder::CreateInstance(codec, bitRate);
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  fuzz::Input input(data, size);
+  unsigned flags = 0;
+  const IPPDecoderPtr decoder(MakeOne(input, flags));
+  if (decoder == nullptr) return 0;
+  const auto frame = static_cast<std::uint32_t>(decoder->GetCompressedFrameBytes());
+  Sink sink;
+  sink.frameSamples = static_cast<unsigned long>(decoder->SamplesForBytes(frame));
+  decoder->SetSink(&sink);
+  decoder->SetKeepTail((flags & kKeepTail) != 0);
+  if ((flags & kErasureMarker) != 0) decoder->EnableErasureMarker();
+  bool mayKeep = false;  // something from an earlier call
+  while (!input.Rest().empty()) {
+    const unsigned step = input.Take<std::uint8_t>();
+    if ((step & kReset) != 0) {
+      Require(decoder->Reset());
+      mayKeep = false;
+    }
+    sink.refuses = (step & kRefuse) != 0;
+    sink.frames = 0;
+    const fuzz::Bytes block = input.TakeBytes(input.Take<std::uint16_t>());
+    const auto bytes = static_cast<std::uint32_t>(block.size());
+    const QVERRORCODE_TAG result = decoder->Decode(block.data(), bytes);
+    const std::uint64_t whole = bytes / frame;
+    const std::uint64_t all = (bytes + std::uint64_t{frame} - 1) / frame;
+    Require(sink.frames <= all + (mayKeep ? 1 : 0));
+    if (result == QVERR_OK) {
+      Require(sink.frames >= (mayKeep ? whole : all));
+    } else {
+      Require(result == QVERR_BAD_FORMAT || (result == QVERR_FILE_IO && sink.refuses));
+      mayKeep = mayKeep || (flags & kKeepTail) != 0;
+    }
+    tests::engineRecord.decoded.clear();
+  }
+  return 0;
+}

@@ -163,10 +163,11 @@ TEST(SpeechDecoder, PushesBeforeItsRoomOverflows) {
     decoding.decoder->SetKeepTail(true);
     EXPECT_EQ(decoding.Decode(kBad + Count(1, 6)), QVERR_BAD_FORMAT);
     decoding.sink.refused = refused;
-    EXPECT_EQ(decoding.Decode(Count(7, 4) + Count(20, 20) + Bytes{40}),
+    EXPECT_EQ(decoding.Decode(Count(7, 4) + Bytes(600, 20) + Bytes{40}),
               refused == 0 ? QVERR_OK : QVERR_FILE_IO);
-    EXPECT_EQ(decoding.Pushed(),
-              refused == 1 ? (Levels{{100, 2000, 3000}}) : (Levels{{100, 2000, 3000}, {4000}}));
+    std::vector<int> first(61, 2000);
+    first[0] = 100;
+    EXPECT_EQ(decoding.Pushed(), refused == 1 ? (Levels{first}) : (Levels{first, {4000}}));
     EXPECT_EQ(decoding.Decode(Count(41, 9)), QVERR_OK);
     EXPECT_EQ(engineRecord.decoded.back(), refused == 1 ? Count(40, 10) : Count(41, 9) + Bytes(1));
   }

@@ -113,6 +113,9 @@ TEST(SpeechEncoder, ConvertsAsTheResamplingAccessorDoes) {
 
     Encoding encoding;
     EXPECT_EQ(encoding.encoder->SetInputSampleRate(rate), 0);
+    EXPECT_EQ(encoding.Write(Samples(5000, 9000)), QVERR_OK);
+    EXPECT_TRUE(encoding.encoder->Reset());
+    engineRecord.encoded.clear();
     for (const std::ptrdiff_t most : {1, 1000, 30001}) {  // a stream each
       for (auto from = input.begin(); from != input.end();) {
         const auto to = from + std::min(most, input.end() - from);

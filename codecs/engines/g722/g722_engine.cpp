@@ -69,7 +69,7 @@ class G722Decoder : public G722Coder {
     const unsigned lowerMask = (1U << lowerBits) - 1;
     for (std::size_t i = 0; i < kWords; ++i) {
       const int low = lower_.Decode(words[i] & lowerMask, cut);
-      const int high = higher_.Decode(words[i] >> lowerBits);
+      const int high = higher_.Decode(static_cast<unsigned>(words[i] >> lowerBits));
       filter_.First()[i] = Saturate(low + high);
       filter_.Second()[i] = Saturate(low - high);
     }

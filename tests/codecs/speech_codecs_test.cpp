@@ -28,6 +28,8 @@ TEST(SpeechCodecs, WhichThereAre) {
                         {IPPCoder::G722, 48000, 60},
                         {IPPCoder::G722, 12345, 0},
                         {IPPCoder::G722, LONG_MIN, 0},
+                        {IPPCoder::G722_1, 24000, 60},
+                        {IPPCoder::G722_1, 32000, 80},
                         {IPPCoder::G722_1, 0, 0}}) {
     const auto codec = static_cast<IPPCoder::CODEC>(c.codec);
     const IPPDecoderPtr decoder(IPPDecoder::CreateInstance(codec, c.bitRate));

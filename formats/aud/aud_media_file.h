@@ -1,8 +1,8 @@
 // The reader of raw frames and speech-coded wave files: .g722, .alaw and .mulaw files without
 // a header, and RIFF/WAVE files of any extension in A-law and mu-law, with any number of channels.
 //
-// Its format name is older than it is: the call-recording containers AUD and NMF are not read, and
-// their extensions not declared.
+// Its format name promises more than it does: the call-recording containers AUD and NMF are not
+// read, and their extensions not declared.
 #pragma once
 
 namespace Quorvex {

@@ -175,8 +175,9 @@ QVERRORCODE_TAG CInputAUDMediaFileImpl::ReadHeader(const wchar_t* path, HeaderRe
     if (result != QVERR_OK) return result;
   }
   const std::uint64_t bytes = source.size == UnitLayout::kToTheEnd ? reader.Size() : source.size;
-  const auto frames = static_cast<double>(bytes / audio.layout.unitBytes * audio.unitFrames);
-  audio.facts.milliseconds = ToMilliseconds(frames * 1000.0 / audio.facts.samplingFrequency);
+  const std::uint64_t frames = bytes / audio.layout.unitBytes * audio.unitFrames;
+  audio.facts.milliseconds =
+      ToMilliseconds(static_cast<double>(frames) * 1000.0 / audio.facts.samplingFrequency);
   samplesPerUnit_ = audio.unitFrames * source.channels;
   return QVERR_OK;
 }

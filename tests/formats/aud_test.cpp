@@ -107,7 +107,6 @@ TEST_F(AUD, RefusesWhatItDoesNotTake) {
   pcm.tag = 1;
   tests::WavBytes wide = ALaw();
   wide.bits = 16;
-  wide.blockAlign = 6;
   tests::WavBytes lies = ALaw();
   lies.blockAlign = 6;
   tests::WavBytes noRate = ALaw();

@@ -47,8 +47,11 @@ bool SpeechCoder::Initialize(IPPCoder::CODEC codec, long bitRate, EngineDirectio
                              const SpeechEngine* engine) noexcept {
   codec_ = FindSpeechCodec(codec);
   engine_ = engine;
-  const bool isThere = codec_ != nullptr && engine_ != nullptr &&
-                       (codec_->isCoded || direction == EngineDirection::kDecode);
+  bool isThere = codec_ != nullptr && engine_ != nullptr;
+  if (isThere && direction == EngineDirection::kEncode && !codec_->isCoded) {
+    LibraryLog().Printf(L"The speech codec %s has no encoder here", ToWide(engine_->name).c_str());
+    isThere = false;
+  }
   if (isThere && codec_->bitRate != 0) bitRate = codec_->bitRate;
   if (isThere && MakeCoder(bitRate != 0 ? bitRate : kDefaultBitRate, direction)) return true;
   Release();

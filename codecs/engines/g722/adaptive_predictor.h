@@ -4,25 +4,34 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
 
 #include "codecs/engines/fixed_point.h"
+#include "codecs/engines/g722/zero_predictor.h"
 
 namespace Quorvex::g722 {
+
+using fixed_point::Word;
 
 class AdaptivePredictor {
  public:
   /// Of the band's next sample.
   int Prediction() const noexcept { return prediction_; }
 
+  /// What the zeros give after each of a frame's differences. Comes before Update for each.
+  /// @param differences  what the quantiser made of the samples less their predictions: within
+  ///                     10,228, since no band's step times its highest level is more.
+  void AdaptZeros(const Word* differences, std::size_t count, Word* zeroParts) noexcept {
+    g722::AdaptZeros(zeros_, differences, count, zeroParts);
+  }
+
   /// Goes on by a sample.
-  /// @param difference  what the quantiser made of the sample less its prediction: within 10,228,
-  ///                    since no band's step times its highest level is more.
-  void Update(int difference) noexcept {
+  void Update(int difference, int zeroPart) noexcept {
     using fixed_point::Saturate;
-    const int partial = Saturate(difference + zeroPart_);
-    const int output = Saturate(2 * Saturate(difference + prediction_));
+    const int partial = difference + zeroPart_;  // of which the sign alone matters
+    const int output = Saturate(2 * (difference + prediction_));
     AdaptPoles(partial);
-    zeroPart_ = AdaptZeros(difference);
+    zeroPart_ = zeroPart;
     const int polePart = Saturate(Product(poles_[0], output) + Product(poles_[1], previousOutput_));
     prediction_ = Saturate(polePart + zeroPart_);
     partials_[1] = partials_[0];
@@ -31,10 +40,7 @@ class AdaptivePredictor {
   }
 
  private:
-  static constexpr std::size_t kZeros = 6;
-  static constexpr int kZeroGain = 128;
-  static constexpr int kZeroLeak = 32640;  // Q15, as the next two
-  static constexpr int kPoleLeaks[] = {32640, 32512};
+  static constexpr int kPoleLeaks[] = {32640, 32512};  // Q15
   static constexpr int kPoleGains[] = {192, 128};
   static constexpr int kMostSecondPole = 12288;  // Q14
   static constexpr int kMostPoles = 15360;
@@ -48,9 +54,9 @@ class AdaptivePredictor {
 
   void AdaptPoles(int partial) noexcept {
     using fixed_point::Saturate;
-    const int fourfold = Saturate(4 * poles_[0]);
     const int sign = SignsDiffer(partial, partials_[0]);
-    const int opposite = Saturate(WithSign(fourfold, ~sign));
+    // Both saturations of the standard in one: they differ by one at most, which is shifted out.
+    const int opposite = Saturate(WithSign(4 * poles_[0], ~sign));
     const int second = (opposite >> 7) +
                        WithSign(kPoleGains[1], SignsDiffer(partial, partials_[1])) +
                        Product(poles_[1], kPoleLeaks[1]);
@@ -60,24 +66,10 @@ class AdaptivePredictor {
     poles_[0] = std::clamp(first, -most, most);
   }
 
-  // The zeros stay within 16 bits by themselves.
-  int AdaptZeros(int difference) noexcept {
-    const int gain = difference == 0 ? 0 : kZeroGain;
-    int sum = 0;
-    for (std::size_t i = kZeros; i-- > 0;) {
-      const int sign = SignsDiffer(difference, doubled_[i]);
-      zeros_[i] = Product(zeros_[i], kZeroLeak) + WithSign(gain, sign);
-      doubled_[i] = i > 0 ? doubled_[i - 1] : 2 * difference;
-      sum = fixed_point::Saturate(sum + Product(doubled_[i], zeros_[i]));
-    }
-    return sum;
-  }
-
-  std::array<int, kZeros> zeros_{};    // Q14
-  std::array<int, kZeros> doubled_{};  // the differences, twice each, the newest first
-  std::array<int, 2> poles_{};         // Q14
-  std::array<int, 2> partials_{};      // differences with the zeros' part, the newest first
-  int previousOutput_ = 0;             // twice the band's last sample
+  ZeroPredictor zeros_;
+  std::array<int, 2> poles_{};     // Q14
+  std::array<int, 2> partials_{};  // differences with the zeros' part, the newest first
+  int previousOutput_ = 0;         // twice the band's last sample
   int zeroPart_ = 0;
   int prediction_ = 0;
 };

@@ -67,11 +67,22 @@ class G722Decoder : public G722Coder {
     const int cut = CutBits();
     const int lowerBits = WordBits() - 2;
     const unsigned lowerMask = (1U << lowerBits) - 1;
+    // What does not need the samples comes first, a whole frame at once.
+    std::array<Word, kWords> lowLevels, lowDifferences, lowZeroParts, highLevels, highZeroParts;
     for (std::size_t i = 0; i < kWords; ++i) {
-      const int low = lower_.Decode(words[i] & lowerMask, cut);
-      const int high = higher_.Decode(static_cast<unsigned>(words[i] >> lowerBits));
-      filter_.First()[i] = Saturate(low + high);
-      filter_.Second()[i] = Saturate(low - high);
+      const Levels levels = lower_.Dequantise(words[i] & lowerMask, cut);
+      lowLevels[i] = levels.sample;
+      lowDifferences[i] = levels.difference;
+      highLevels[i] = higher_.Dequantise(words[i] >> lowerBits);
+    }
+    lower_.Predictor().AdaptZeros(lowDifferences.data(), kWords, lowZeroParts.data());
+    higher_.Predictor().AdaptZeros(highLevels.data(), kWords, highZeroParts.data());
+    for (std::size_t i = 0; i < kWords; ++i) {
+      const int low = lower_.Sample({lowLevels[i], lowDifferences[i]}, lowZeroParts[i]);
+      const int high = higher_.Sample(highLevels[i], highZeroParts[i]);
+      // Samples of a band have 15 bits.
+      filter_.First()[i] = static_cast<Word>(low + high);
+      filter_.Second()[i] = static_cast<Word>(low - high);
     }
     Join(samples);
   }

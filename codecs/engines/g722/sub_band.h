@@ -72,16 +72,29 @@ constexpr std::array<int, Codes> ByCode(const std::array<signed char, Codes>& ma
   return table;
 }
 
+/// What a code word stands for: the level that its sample is made of, and the one that the state
+/// follows.
+struct Levels {
+  Word sample;
+  Word difference;
+};
+
 /// 0 to 4 kHz, six bits a sample. Its state follows the upper four alone, so that the other two can
 /// be cut off on the way.
 class LowerBand {
  public:
+  /// Decodes a code word in two steps. Between them AdaptZeros of the predictor.
   /// @param code  of 6 - `cut` bits.
-  int Decode(unsigned code, int cut) noexcept {
-    const int sample = predictor_.Prediction() + step_.Times(Level(code, cut));
-    Update(code >> (2 - cut));
+  Levels Dequantise(unsigned code, int cut) noexcept {
+    const auto sample = static_cast<Word>(step_.Times(Level(code, cut)));
+    return {sample, Adapt(code >> (2 - cut))};
+  }
+  int Sample(const Levels& levels, int zeroPart) noexcept {
+    const int sample = predictor_.Prediction() + levels.sample;
+    predictor_.Update(levels.difference, zeroPart);
     return LimitBandSample(sample);
   }
+  AdaptivePredictor& Predictor() noexcept { return predictor_; }
 
   /// @return a code word of six bits.
   unsigned Encode(int sample) noexcept {
@@ -91,7 +104,10 @@ class LowerBand {
     const auto isBelow = [&](Word level) { return step_.Times(8 * level) <= size; };
     const auto interval = std::ranges::partition_point(kLowerDecisions, isBelow);
     const unsigned code = kLowerCodes[isNegative ? 0 : 1][interval - kLowerDecisions.begin()];
-    Update(code >> 2);
+    const Word quantised = Adapt(code >> 2);
+    Word zeroPart;
+    predictor_.AdaptZeros(&quantised, 1, &zeroPart);
+    predictor_.Update(quantised, zeroPart);
     return code;
   }
 
@@ -108,10 +124,10 @@ class LowerBand {
   }
 
   // @param code  the upper four bits.
-  void Update(unsigned code) noexcept {
-    const int difference = step_.Times(kLevels4[code]);
+  Word Adapt(unsigned code) noexcept {
+    const auto difference = static_cast<Word>(step_.Times(kLevels4[code]));
     step_.Adapt(kStepChanges[code]);
-    predictor_.Update(difference);
+    return difference;
   }
 
   Step step_{kMostLogarithm, kStepOffset};
@@ -121,13 +137,18 @@ class LowerBand {
 /// 4 to 8 kHz, two bits a sample.
 class HigherBand {
  public:
-  int Decode(unsigned code) noexcept {
-    const int difference = step_.Times(kLevels[code]);
-    const int sample = predictor_.Prediction() + difference;
+  /// As of the lower band. Both levels are the same.
+  Word Dequantise(unsigned code) noexcept {
+    const auto difference = static_cast<Word>(step_.Times(kLevels[code]));
     step_.Adapt(kStepChanges[code]);
-    predictor_.Update(difference);
+    return difference;
+  }
+  int Sample(int difference, int zeroPart) noexcept {
+    const int sample = predictor_.Prediction() + difference;
+    predictor_.Update(difference, zeroPart);
     return LimitBandSample(sample);
   }
+  AdaptivePredictor& Predictor() noexcept { return predictor_; }
 
   unsigned Encode(int sample) noexcept {
     const int difference = fixed_point::Saturate(sample - predictor_.Prediction());
@@ -135,7 +156,10 @@ class HigherBand {
     const int size = isNegative ? -difference - 1 : difference;
     const bool isAbove = size >= step_.Times(8 * kHigherDecision);
     const unsigned code = kHigherCodes[isNegative ? 0 : 1][isAbove ? 1 : 0];
-    Decode(code);
+    const Word quantised = Dequantise(code);
+    Word zeroPart;
+    predictor_.AdaptZeros(&quantised, 1, &zeroPart);
+    predictor_.Update(quantised, zeroPart);
     return code;
   }
 

@@ -67,19 +67,24 @@ class G722Decoder : public G722Coder {
     const int cut = CutBits();
     const int lowerBits = WordBits() - 2;
     const unsigned lowerMask = (1U << lowerBits) - 1;
-    // What does not need the samples comes first, a whole frame at once.
-    std::array<Word, kWords> lowLevels, lowDifferences, lowZeroParts, highLevels, highZeroParts;
+    // Both bands alternate.
+    std::array<Word, 2 * kWords> levels, differences, zeroParts, predictions;
     for (std::size_t i = 0; i < kWords; ++i) {
-      const Levels levels = lower_.Dequantise(words[i] & lowerMask, cut);
-      lowLevels[i] = levels.sample;
-      lowDifferences[i] = levels.difference;
-      highLevels[i] = higher_.Dequantise(words[i] >> lowerBits);
+      const Levels low = lower_.Dequantise(words[i] & lowerMask, cut);
+      const Word high = higher_.Dequantise(words[i] >> lowerBits);
+      levels[2 * i] = low.sample;
+      differences[2 * i] = low.difference;
+      levels[2 * i + 1] = differences[2 * i + 1] = high;
     }
-    lower_.Predictor().AdaptZeros(lowDifferences.data(), kWords, lowZeroParts.data());
-    higher_.Predictor().AdaptZeros(highLevels.data(), kWords, highZeroParts.data());
+    AdaptivePredictor& lower = lower_.Predictor();
+    AdaptivePredictor& higher = higher_.Predictor();
+    AdaptZeros(lower.zeros, &differences[0], kWords, &zeroParts[0]);
+    AdaptZeros(higher.zeros, &differences[1], kWords, &zeroParts[1]);
+    Predict(lower.poles, higher.poles, differences.data(), zeroParts.data(), kWords,
+            predictions.data());
     for (std::size_t i = 0; i < kWords; ++i) {
-      const int low = lower_.Sample({lowLevels[i], lowDifferences[i]}, lowZeroParts[i]);
-      const int high = higher_.Sample(highLevels[i], highZeroParts[i]);
+      const int low = LimitBandSample(predictions[2 * i] + levels[2 * i]);
+      const int high = LimitBandSample(predictions[2 * i + 1] + levels[2 * i + 1]);
       // Samples of a band have 15 bits.
       filter_.First()[i] = static_cast<Word>(low + high);
       filter_.Second()[i] = static_cast<Word>(low - high);

@@ -83,31 +83,23 @@ struct Levels {
 /// be cut off on the way.
 class LowerBand {
  public:
-  /// Decodes a code word in two steps. Between them AdaptZeros of the predictor.
+  /// Decodes a code word, but for the prediction: the predictor is not gone on with.
   /// @param code  of 6 - `cut` bits.
   Levels Dequantise(unsigned code, int cut) noexcept {
     const auto sample = static_cast<Word>(step_.Times(Level(code, cut)));
     return {sample, Adapt(code >> (2 - cut))};
   }
-  int Sample(const Levels& levels, int zeroPart) noexcept {
-    const int sample = predictor_.Prediction() + levels.sample;
-    predictor_.Update(levels.difference, zeroPart);
-    return LimitBandSample(sample);
-  }
   AdaptivePredictor& Predictor() noexcept { return predictor_; }
 
   /// @return a code word of six bits.
   unsigned Encode(int sample) noexcept {
-    const int difference = fixed_point::Saturate(sample - predictor_.Prediction());
+    const int difference = fixed_point::Saturate(sample - predictor_.poles.prediction);
     const bool isNegative = difference < 0;
     const int size = isNegative ? -difference - 1 : difference;
     const auto isBelow = [&](Word level) { return step_.Times(8 * level) <= size; };
     const auto interval = std::ranges::partition_point(kLowerDecisions, isBelow);
     const unsigned code = kLowerCodes[isNegative ? 0 : 1][interval - kLowerDecisions.begin()];
-    const Word quantised = Adapt(code >> 2);
-    Word zeroPart;
-    predictor_.AdaptZeros(&quantised, 1, &zeroPart);
-    predictor_.Update(quantised, zeroPart);
+    predictor_.Update(Adapt(code >> 2));
     return code;
   }
 
@@ -143,23 +135,15 @@ class HigherBand {
     step_.Adapt(kStepChanges[code]);
     return difference;
   }
-  int Sample(int difference, int zeroPart) noexcept {
-    const int sample = predictor_.Prediction() + difference;
-    predictor_.Update(difference, zeroPart);
-    return LimitBandSample(sample);
-  }
   AdaptivePredictor& Predictor() noexcept { return predictor_; }
 
   unsigned Encode(int sample) noexcept {
-    const int difference = fixed_point::Saturate(sample - predictor_.Prediction());
+    const int difference = fixed_point::Saturate(sample - predictor_.poles.prediction);
     const bool isNegative = difference < 0;
     const int size = isNegative ? -difference - 1 : difference;
     const bool isAbove = size >= step_.Times(8 * kHigherDecision);
     const unsigned code = kHigherCodes[isNegative ? 0 : 1][isAbove ? 1 : 0];
-    const Word quantised = Dequantise(code);
-    Word zeroPart;
-    predictor_.AdaptZeros(&quantised, 1, &zeroPart);
-    predictor_.Update(quantised, zeroPart);
+    predictor_.Update(Dequantise(code));
     return code;
   }
 

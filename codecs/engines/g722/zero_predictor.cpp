@@ -28,7 +28,7 @@ Word AdaptZeros(ZeroPredictor& predictor, int difference) noexcept {
 
 void AdaptZerosPlain(ZeroPredictor& predictor, const Word* differences, std::size_t count,
                      Word* parts) noexcept {
-  for (std::size_t i = 0; i < count; ++i) parts[i] = AdaptZeros(predictor, differences[i]);
+  for (std::size_t i = 0; i < 2 * count; i += 2) parts[i] = AdaptZeros(predictor, differences[i]);
 }
 
 }  // namespace Quorvex::g722

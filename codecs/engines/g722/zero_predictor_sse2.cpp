@@ -52,7 +52,7 @@ void AdaptZeros(ZeroPredictor& predictor, const Word* differences, std::size_t c
   __m128i zeros = Load(predictor.zeros);
   __m128i doubled = Load(predictor.doubled);
   __m128i allBits = _mm_setzero_si128();
-  for (std::size_t i = 0; i < count; ++i) {
+  for (std::size_t i = 0; i < 2 * count; i += 2) {
     const __m128i difference = _mm_set1_epi16(differences[i]);
     zeros = Adapt(zeros, doubled, difference);
     const __m128i newest = _mm_srli_si128(_mm_add_epi16(difference, difference), 14);

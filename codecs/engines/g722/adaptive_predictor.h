@@ -17,7 +17,7 @@ struct AdaptivePredictor {
   /// @param difference  what the quantiser made of the sample less its prediction: within 10,228,
   ///                    since no band's step times its highest level is more.
   void Update(Word difference) noexcept {
-    Word zeroPart;
+    Word zeroPart = 0;
     AdaptZeros(zeros, &difference, 1, &zeroPart);
     poles.Update(difference, zeroPart);
   }

@@ -12,7 +12,7 @@ namespace {
 
 // The two lowest lanes, as they are in memory.
 __m128i Load(const Word* both) {
-  int bits;
+  int bits = 0;
   std::memcpy(&bits, both, sizeof bits);
   return _mm_cvtsi32_si128(bits);
 }

@@ -37,23 +37,23 @@ inline constexpr std::array<Word, 8> kLowerLevels4 = {0, 150, 323, 530, 786, 112
 
 /// The magnitude of each code word, and below 0 that of a negative one. So do code words that no
 /// encoder sends.
-inline constexpr std::array<signed char, 64> kLowerMagnitudes6 = {
+inline constexpr std::array<Word, 64> kLowerMagnitudes6 = {
     -1,  -1,  -1,  -1,  -30, -29, -28, -27, -26, -25, -24, -23, -22, -21, -20, -19,
     -18, -17, -16, -15, -14, -13, -12, -11, -10, -9,  -8,  -7,  -6,  -5,  -4,  -3,
     30,  29,  28,  27,  26,  25,  24,  23,  22,  21,  20,  19,  18,  17,  16,  15,
     14,  13,  12,  11,  10,  9,   8,   7,   6,   5,   4,   3,   2,   1,   -2,  -1};
-inline constexpr std::array<signed char, 32> kLowerMagnitudes5 = {
+inline constexpr std::array<Word, 32> kLowerMagnitudes5 = {
     -1, -1, -15, -14, -13, -12, -11, -10, -9, -8, -7, -6, -5, -4, -3, -2,
     15, 14, 13,  12,  11,  10,  9,   8,   7,  6,  5,  4,  3,  2,  1,  -1};
-inline constexpr std::array<signed char, 16> kLowerMagnitudes4 = {0, -7, -6, -5, -4, -3, -2, -1,
-                                                                  7, 6,  5,  4,  3,  2,  1,  0};
+inline constexpr std::array<Word, 16> kLowerMagnitudes4 = {0, -7, -6, -5, -4, -3, -2, -1,
+                                                           7, 6,  5,  4,  3,  2,  1,  0};
 
 /// The higher band's decision level, its code words for negative and other differences below the
 /// level and above, its output levels and the magnitudes of its code words.
 inline constexpr Word kHigherDecision = 564;
 inline constexpr unsigned char kHigherCodes[2][2] = {{1, 0}, {3, 2}};
 inline constexpr std::array<Word, 3> kHigherLevels = {0, 202, 926};
-inline constexpr std::array<signed char, 4> kHigherMagnitudes = {-2, -1, 2, 1};
+inline constexpr std::array<Word, 4> kHigherMagnitudes = {-2, -1, 2, 1};
 
 /// What a code word adds to the logarithm of the quantiser's step, Q11, by magnitude: in the lower
 /// band that of its 4 upper bits.

@@ -49,7 +49,7 @@ class Step {
 
 /// What each code word stands for in parts of a step, Q15: 8 times its level, with its sign.
 template <std::size_t Codes, std::size_t Levels>
-constexpr std::array<int, Codes> SignedLevels(const std::array<signed char, Codes>& magnitudes,
+constexpr std::array<int, Codes> SignedLevels(const std::array<Word, Codes>& magnitudes,
                                               const std::array<Word, Levels>& levels) noexcept {
   std::array<int, Codes> table{};
   for (std::size_t code = 0; code < Codes; ++code) {
@@ -62,7 +62,7 @@ constexpr std::array<int, Codes> SignedLevels(const std::array<signed char, Code
 
 /// A table by code word instead of magnitude.
 template <std::size_t Codes, std::size_t Magnitudes>
-constexpr std::array<int, Codes> ByCode(const std::array<signed char, Codes>& magnitudes,
+constexpr std::array<int, Codes> ByCode(const std::array<Word, Codes>& magnitudes,
                                         const std::array<Word, Magnitudes>& values) noexcept {
   std::array<int, Codes> table{};
   for (std::size_t code = 0; code < Codes; ++code) {

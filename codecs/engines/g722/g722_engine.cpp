@@ -71,7 +71,7 @@ class G722Decoder : public G722Coder {
     std::array<Word, 2 * kWords> levels, differences, zeroParts, predictions;
     for (std::size_t i = 0; i < kWords; ++i) {
       const Levels low = lower_.Dequantise(words[i] & lowerMask, cut);
-      const Word high = higher_.Dequantise(words[i] >> lowerBits);
+      const Word high = higher_.Dequantise(static_cast<unsigned>(words[i] >> lowerBits));
       levels[2 * i] = low.sample;
       differences[2 * i] = low.difference;
       levels[2 * i + 1] = differences[2 * i + 1] = high;

@@ -99,7 +99,7 @@ struct SpeechEngine {
   EngineStatus (*Control)(const EngineModes& modes, EngineHandle* handle) noexcept;
 
   /// Codes one frame of PCM.
-  /// @param samples  pcmFrameBytes of them.
+  /// @param samples  one frame: pcmFrameBytes bytes.
   /// @param data     receives the frame; has room for mostStreamBytes.
   /// @param bytes    receives the frame's size.
   /// @return kOk; kBadArgument for a handle of a decoder.
@@ -112,6 +112,7 @@ struct SpeechEngine {
   EngineStatus (*Decode)(EngineHandle* handle, const CodedFrame& frame, short* samples) noexcept;
 
   /// Bytes that come out of so many whole frames: PCM of a decoder, the coded frames of an encoder.
+  /// 0 for a bit rate that the codec does not have.
   std::size_t (*OutputBytes)(const EngineOptions& options, std::size_t inputBytes) noexcept;
   /// Bytes of the coded frame that begins with `firstByte`.
   std::size_t (*FrameBytes)(int bitRate, unsigned char firstByte) noexcept;
@@ -119,5 +120,8 @@ struct SpeechEngine {
 
 /// The engine of a codec; null, with a line in the log, when there is none in this build.
 const SpeechEngine* FindSpeechEngine(std::string_view name) noexcept;
+
+/// Tells in the log why a codec is refused. @param bitRate  in bit/s, where it matters; else 0.
+void LogRefusal(std::string_view codec, const wchar_t* why, long bitRate = 0) noexcept;
 
 }  // namespace Quorvex

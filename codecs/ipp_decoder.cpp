@@ -143,6 +143,7 @@ QVERRORCODE_TAG IPPDecoderImpl::MakeRoom() noexcept {
 
 QVERRORCODE_TAG IPPDecoderImpl::Push() noexcept {
   if (pcm_.IsEmpty()) return QVERR_OK;
+  if (sink_ == nullptr) return QVERR_NO_SINK;  // detached by itself
   const auto samples = static_cast<unsigned long>(pcm_.Count());
   pcm_.Clear();
   return NoThrow([&] { return sink_->Write(pcm_.Data(), samples); });

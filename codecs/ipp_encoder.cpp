@@ -6,7 +6,7 @@
 #include <limits>
 #include <span>
 
-#include "codecs/sample_rate_conversion.h"
+#include "codecs/sampling_frequency_conversion.h"
 #include "codecs/speech_coder.h"
 #include "support/allocator.h"
 #include "support/cft_array.h"
@@ -55,7 +55,7 @@ class IPPEncoderImpl final : public IPPEncoder, public AllocatedObject {
   int inputRate_ = 0;               // Hz; 0: the codec's
   bool isConverted_ = false;
   QVERRORCODE_TAG setUp_ = QVERR_OK;  // of the conversion
-  SampleRateConversion conversion_;
+  SamplingFrequencyConversion conversion_;
 };
 
 int IPPEncoderImpl::SetInputSampleRate(int rate) {
@@ -141,6 +141,7 @@ bool IPPEncoderImpl::EncodeFrame(const short* samples) noexcept {
 
 QVERRORCODE_TAG IPPEncoderImpl::Push() noexcept {
   if (output_.IsEmpty()) return QVERR_OK;
+  if (sink_ == nullptr) return QVERR_NO_SINK;  // detached by itself
   const auto bytes = static_cast<unsigned long>(output_.Count());
   return NoThrow([&] { return sink_->Write(output_.Data(), bytes); });
 }

@@ -3,12 +3,8 @@
 #include "codecs/speech_coder.h"
 
 #include <algorithm>
-#include <cstring>
-#include <utility>
 
 #include "support/ft_log.h"
-#include "support/no_throw.h"
-#include "support/text.h"
 
 namespace Quorvex {
 namespace {
@@ -31,16 +27,19 @@ std::size_t ComputeFrameBytes(const EngineInfo& info, int bitRate) noexcept {
   return static_cast<std::size_t>((bits + bitsOfByte - 1) / bitsOfByte);
 }
 
-}  // namespace
-
+// Null for a number that is no codec.
 const SpeechCodec* FindSpeechCodec(IPPCoder::CODEC codec) noexcept {
   const auto* const found = std::ranges::find(kCodecs, codec, &SpeechCodec::codec);
   return found != std::end(kCodecs) ? found : nullptr;
 }
 
+}  // namespace
+
 const SpeechEngine* FindSpeechEngine(IPPCoder::CODEC codec) noexcept {
   const SpeechCodec* const known = FindSpeechCodec(codec);
-  return known != nullptr ? FindSpeechEngine(known->engine) : nullptr;
+  if (known != nullptr) return FindSpeechEngine(known->engine);
+  LibraryLog().Printf(L"%d is no speech codec", static_cast<int>(codec));
+  return nullptr;
 }
 
 bool SpeechCoder::Initialize(IPPCoder::CODEC codec, long bitRate, EngineDirection direction,
@@ -49,7 +48,7 @@ bool SpeechCoder::Initialize(IPPCoder::CODEC codec, long bitRate, EngineDirectio
   engine_ = engine;
   bool isThere = codec_ != nullptr && engine_ != nullptr;
   if (isThere && direction == EngineDirection::kEncode && !codec_->isCoded) {
-    LibraryLog().Printf(L"The speech codec %s has no encoder here", ToWide(engine_->name).c_str());
+    LogRefusal(codec_->engine, L"this speech codec has no encoder here");
     isThere = false;
   }
   if (isThere && codec_->bitRate != 0) bitRate = codec_->bitRate;
@@ -64,8 +63,7 @@ bool SpeechCoder::MakeCoder(long bitRate, EngineDirection direction) noexcept {
   // An encoder's is fixed by its codec.
   const auto rates = info.BitRates();
   if (direction == EngineDirection::kDecode && std::ranges::count(rates, bitRate) == 0) {
-    LibraryLog().Printf(L"The speech codec %s has no bit rate of %ld",
-                        ToWide(engine_->name).c_str(), bitRate);
+    LogRefusal(codec_->engine, L"this speech codec has no such bit rate", bitRate);
     return false;
   }
   options_.direction = direction;

@@ -23,10 +23,7 @@ struct SpeechCodec {
   bool isCoded;         // there is an encoder
 };
 
-/// Null for a number that is no codec.
-const SpeechCodec* FindSpeechCodec(IPPCoder::CODEC codec) noexcept;
-
-/// A codec's engine; null for a number that is no codec, or, with a line in the log, when there is
+/// A codec's engine; null, with a line in the log, for a number that is no codec, or when there is
 /// none in this build.
 const SpeechEngine* FindSpeechEngine(IPPCoder::CODEC codec) noexcept;
 
@@ -80,7 +77,8 @@ class SpeechCoder {
   std::size_t frameSamples_ = 0;
 };
 
-/// A decoder and an encoder over an engine. Null when SpeechCoder::Initialize fails.
+/// A decoder and an encoder over an engine, by ipp_decoder.cpp and ipp_encoder.cpp. Null when
+/// SpeechCoder::Initialize fails.
 IPPDecoder* MakeDecoder(IPPCoder::CODEC codec, long bitRate, const SpeechEngine* engine) noexcept;
 IPPEncoder* MakeEncoder(IPPCoder::CODEC codec, const SpeechEngine* engine) noexcept;
 

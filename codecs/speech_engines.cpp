@@ -22,12 +22,20 @@ const SpeechEngine* FindSpeechEngine(std::string_view name) noexcept {
   for (const auto engine : kEngines) {
     if (name == engine().name) return &engine();
   }
-  NoThrow([name] {
-    LibraryLog().Printf(L"%s: there is no engine for this speech codec",
-                        ToWide(std::string(name).c_str()).c_str());
+  LogRefusal(name, L"there is no engine for this speech codec");
+  return nullptr;
+}
+
+void LogRefusal(std::string_view codec, const wchar_t* why, long bitRate) noexcept {
+  NoThrow([&] {
+    const std::wstring name = ToWide(std::string(codec).c_str());
+    if (bitRate != 0) {
+      LibraryLog().Printf(L"%s at %ld bit/s: %s", name.c_str(), bitRate, why);
+    } else {
+      LibraryLog().Printf(L"%s: %s", name.c_str(), why);
+    }
     return QVERR_OK;
   });
-  return nullptr;
 }
 
 }  // namespace Quorvex

@@ -13,7 +13,7 @@ const char* NameOf(LicensedFeature feature) noexcept {
 }  // namespace
 
 LicencePolicy& LicencePolicy::Instance() noexcept {
-  static auto& policy = *new LicencePolicy;  // never destroyed, like the registry
+  static constinit LicencePolicy policy;
   return policy;
 }
 

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <cstring>
 #include <new>
 #include <type_traits>
@@ -24,13 +25,15 @@ struct NoCoder {
 ///
 ///     static constexpr EngineInfo kInfo             without the number of bit rates
 ///     static constexpr int kBitRates[]              in rising order
-///     using Decoder, Encoder                        or NoCoder
+///     using Decoder
+///     using Encoder                                 or NoCoder
 ///     static std::size_t FrameBytes(int bitRate, unsigned char firstByte)
 ///
 /// and its coders, which hold no resource and live in one bank:
 ///
 ///     void Start(const EngineModes&)                at the beginning of a stream
 ///     void SetModes(const EngineModes&)             within it
+///     int BitRate() const                           of the decoder, as it was set last
 ///     void Decode(const CodedFrame&, short* samples)         of the right size, or erased
 ///     std::size_t Encode(const short* samples, unsigned char* data)
 template <class Codec>
@@ -45,6 +48,8 @@ class EngineFunctions {
 
   static_assert(std::is_trivially_destructible_v<DecoderState> &&
                 std::is_trivially_destructible_v<EncoderState>);
+  static_assert(alignof(DecoderState) <= alignof(std::max_align_t) &&
+                alignof(EncoderState) <= alignof(std::max_align_t));
 
  public:
   static std::size_t InfoBytes() noexcept { return sizeof(EngineInfo) + sizeof Codec::kBitRates; }
@@ -118,6 +123,7 @@ class EngineFunctions {
   static std::size_t OutputBytes(const EngineOptions& options, std::size_t inputBytes) noexcept {
     const std::size_t coded = Codec::FrameBytes(options.modes.bitRate, 0);
     constexpr auto kPCM = static_cast<std::size_t>(Codec::kInfo.pcmFrameBytes);
+    if (coded == 0) return 0;
     return options.direction == EngineDirection::kDecode ? inputBytes / coded * kPCM
                                                          : inputBytes / kPCM * coded;
   }

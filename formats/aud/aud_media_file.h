@@ -3,6 +3,9 @@
 //
 // Its format name promises more than it does: the call-recording containers AUD and NMF are not
 // read, and their extensions not declared.
+//
+// G.722 goes by frames of 80 bytes here, though it has none: such a frame of zeros is silence, and
+// one that a growing file ended in is not gone on with.
 #pragma once
 
 namespace Quorvex {

@@ -54,8 +54,8 @@ class CVOXMediaFileImpl final : public UnitMediaFile<CVOXMediaFile> {
 QVERRORCODE_TAG CVOXMediaFileImpl::ReadHeader(const wchar_t* path, HeaderReader& reader,
                                               UnitAudio& audio) {
   std::uint32_t frequency = override_ != 0 ? override_ : defaultFrequency.load();
-  if (HasExtension(path, L"VX8"))
-    frequency = kVX8Frequency;  // wanted: the name goes before the override
+  // Wanted: the name goes before the override.
+  if (HasExtension(path, L"VX8")) frequency = kVX8Frequency;
   const auto samples = static_cast<double>(reader.Size()) * kSamplesPerByte;
   audio.facts = {.channels = 1,
                  .samplingFrequency = frequency,

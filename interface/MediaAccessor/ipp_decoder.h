@@ -15,7 +15,11 @@ namespace Quorvex {
 /// thread at a time.
 ///
 /// Two kinds of frames become silence without being decoded, on purpose: one whose bytes are all
-/// zero, and, after EnableErasureMarker, one that begins with a byte of 3.
+/// zero, and, after EnableErasureMarker, one that begins with a byte of 3. The skipped byte of
+/// G729A_HEADERED counts for neither.
+///
+/// The sink may detach itself or reset the decoder while it is written to, but neither decode nor
+/// end the object.
 ///
 /// Slots: destructor 0, CheckChannelCount 1, Decode 2, Release 3, SetOutput 4, GetSampleRate 5,
 /// GetCompressedFrameBytes 6, GetCodec 7, Reset 8, SetSink 9, SetKeepTail 10, GetCodecSampleRate
@@ -51,16 +55,17 @@ class MEDIA_ACCESSOR_API IPPDecoder {
   /// An early stop, by the sink or by a frame that cannot be decoded, loses what comes after it.
   /// With SetKeepTail(true) the last frame of the data, or what there is of it, is kept when it was
   /// not reached, and the next call begins with it. So the frames of a stream that goes on do not
-  /// get out of step.
+  /// get out of step. A call too short to complete a kept frame adds to it and decodes nothing;
+  /// what is still kept at the end of a stream is lost.
   /// @param data   may be null when `count` is 0.
   /// @return QVERR_OK, or, in the order in which they are looked for:
   ///     QVERR_NOT_LICENSED      G.729A and G.723.1 only: the codec may not be used
   ///     QVERR_NO_SINK           nothing was consumed
   ///     QVERR_INVALID_ARGUMENT  null data
-  ///     QVERR_CREATE_FAILED     memory for the PCM ran out, nothing was consumed; or the sink
-  ///     threw QVERR_BAD_FORMAT        a frame could not be decoded; what was decoded before was
-  ///     pushed any other               the sink's own, which ends the decoding; what it was given
-  ///     is lost
+  ///     QVERR_CREATE_FAILED     memory for the PCM ran out, and nothing was consumed; or the
+  ///                             sink threw
+  ///     QVERR_BAD_FORMAT        a frame could not be decoded; what was decoded before was pushed
+  ///     any other               the sink's own, which ends the decoding; what it was given is lost
   virtual QVERRORCODE_TAG Decode(const std::uint8_t* data, std::uint32_t count) = 0;
 
   /// Ends the object; here `delete this`. The null-safe form is Release in ownership.h.
@@ -77,8 +82,7 @@ class MEDIA_ACCESSOR_API IPPDecoder {
 
   virtual IPPCoder::CODEC GetCodec() const = 0;
 
-  /// Forgets the stream so far: what the codec remembers of it, and kept bytes. @return whether
-  /// that went well; it does.
+  /// Forgets the stream so far: what the codec remembers of it, and kept bytes. @return true.
   virtual bool Reset() = 0;
 
   /// Sets the sink that receives the PCM. @param sink  not owned; null detaches.

@@ -10,6 +10,8 @@ namespace Quorvex {
 /// samples ends the stream.
 ///
 /// Calling order: create, SetSink, if wanted SetInputSampleRate, then Write. One thread at a time.
+/// The sink may detach itself while it is written to, but neither write to the encoder, reset it
+/// nor end it.
 ///
 /// Slots: destructor 0, SetChannelCount 1, Write 2, Release 3, SetSink 4, GetCodecSampleRate 5,
 /// GetCompressedFrameBytes 6, GetCodec 7, Reset 8, SetInputSampleRate 9, GetInputSampleRate 10.

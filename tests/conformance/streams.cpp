@@ -1,3 +1,4 @@
+// Streams of a vector, taken apart into frames and put together.
 #include "tests/conformance/streams.h"
 
 #include <algorithm>

@@ -1,3 +1,4 @@
+// A line of the table of vectors.
 #include "tests/conformance/vector.h"
 
 #include <algorithm>

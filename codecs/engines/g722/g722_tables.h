@@ -35,8 +35,8 @@ inline constexpr std::array<Word, 16> kLowerLevels5 = {
     0, 35, 110, 190, 276, 370, 473, 587, 714, 858, 1023, 1219, 1458, 1765, 2195, 2919};
 inline constexpr std::array<Word, 8> kLowerLevels4 = {0, 150, 323, 530, 786, 1121, 1612, 2557};
 
-/// The magnitude of each code word, and below 0 that of a negative one. So do code words that no
-/// encoder sends.
+/// The magnitude of each code word, below 0 where its level is negative. Code words that no encoder
+/// sends have one too.
 inline constexpr std::array<Word, 64> kLowerMagnitudes6 = {
     -1,  -1,  -1,  -1,  -30, -29, -28, -27, -26, -25, -24, -23, -22, -21, -20, -19,
     -18, -17, -16, -15, -14, -13, -12, -11, -10, -9,  -8,  -7,  -6,  -5,  -4,  -3,

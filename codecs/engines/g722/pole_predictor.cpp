@@ -1,3 +1,4 @@
+// The poles of both bands, one after the other.
 #include "codecs/engines/g722/pole_predictor.h"
 
 namespace Quorvex::g722 {

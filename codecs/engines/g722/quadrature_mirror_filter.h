@@ -3,9 +3,10 @@
 // Its 24 taps take the pairs of the last twelve sampling instants apart: the even taps weigh the
 // second of each pair, the odd ones the first. What the two sums are depends on the direction:
 //
-//     joining    pair = lower + higher, lower - higher      the sums are the two samples, in
-//     reverse splitting  pair = two samples                         lower = sum, higher =
-//     difference
+//     joining    pair = lower + higher, lower - higher
+//                even sum = the first sample, odd sum = the second
+//     splitting  pair = two samples
+//                lower = even + odd sum, higher = even - odd sum
 #pragma once
 
 #include <array>

@@ -27,7 +27,7 @@ inline constexpr auto kStepTable = [] {
 class Step {
  public:
   /// @param mostLogarithm  Q11, the limit of its logarithm.
-  /// @param offset         of the logarithm's whole 64ths in the table of steps.
+  /// @param offset         where in the table of steps a logarithm of 0 stands.
   constexpr Step(int mostLogarithm, std::size_t offset) noexcept
       : most_(mostLogarithm), offset_(offset), value_(kStepTable[offset]) {}
 
@@ -47,19 +47,6 @@ class Step {
   int value_;
 };
 
-/// What each code word stands for in parts of a step, Q15: 8 times its level, with its sign.
-template <std::size_t Codes, std::size_t Levels>
-constexpr std::array<int, Codes> SignedLevels(const std::array<Word, Codes>& magnitudes,
-                                              const std::array<Word, Levels>& levels) noexcept {
-  std::array<int, Codes> table{};
-  for (std::size_t code = 0; code < Codes; ++code) {
-    const int magnitude = magnitudes[code];
-    const int level = 8 * levels[static_cast<std::size_t>(magnitude < 0 ? -magnitude : magnitude)];
-    table[code] = magnitude < 0 ? -level : level;
-  }
-  return table;
-}
-
 /// A table by code word instead of magnitude.
 template <std::size_t Codes, std::size_t Magnitudes>
 constexpr std::array<int, Codes> ByCode(const std::array<Word, Codes>& magnitudes,
@@ -69,6 +56,15 @@ constexpr std::array<int, Codes> ByCode(const std::array<Word, Codes>& magnitude
     const int magnitude = magnitudes[code];
     table[code] = values[static_cast<std::size_t>(magnitude < 0 ? -magnitude : magnitude)];
   }
+  return table;
+}
+
+/// What each code word stands for in parts of a step, Q15: 8 times its level, with its sign.
+template <std::size_t Codes, std::size_t Magnitudes>
+constexpr std::array<int, Codes> SignedLevels(const std::array<Word, Codes>& magnitudes,
+                                              const std::array<Word, Magnitudes>& levels) noexcept {
+  std::array<int, Codes> table = ByCode(magnitudes, levels);
+  for (std::size_t code = 0; code < Codes; ++code) table[code] *= magnitudes[code] < 0 ? -8 : 8;
   return table;
 }
 
@@ -105,7 +101,7 @@ class LowerBand {
 
  private:
   static constexpr int kMostLogarithm = 18432;
-  static constexpr std::size_t kStepOffset = 64;  // two octets above the higher band's
+  static constexpr std::size_t kStepOffset = 64;  // two octaves above the higher band's
   static constexpr auto kLevels6 = SignedLevels(kLowerMagnitudes6, kLowerLevels6);
   static constexpr auto kLevels5 = SignedLevels(kLowerMagnitudes5, kLowerLevels5);
   static constexpr auto kLevels4 = SignedLevels(kLowerMagnitudes4, kLowerLevels4);

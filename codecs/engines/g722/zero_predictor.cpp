@@ -1,3 +1,4 @@
+// The zeros, a difference at a time.
 #include "codecs/engines/g722/zero_predictor.h"
 
 namespace Quorvex::g722 {

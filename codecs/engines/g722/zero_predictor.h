@@ -19,10 +19,10 @@ struct ZeroPredictor {
   std::array<fixed_point::Word, 8> doubled{};  // the differences, twice each, the newest first
 };
 
-/// Goes on by so many differences, each within 10,228 and, as the parts are, at every second place:
-/// the other band's stand between. @param parts  receives what the zeros give
-/// to the prediction after each. With vector instructions where every processor of the build's kind
-/// has them.
+/// Goes on by so many differences, each within 10,228. With vector instructions where every
+/// processor of the build's kind has them.
+/// @param differences, parts  at every second place: the other band's stand between
+/// @param parts               receives what the zeros give to the prediction after each
 void AdaptZeros(ZeroPredictor& predictor, const fixed_point::Word* differences, std::size_t count,
                 fixed_point::Word* parts) noexcept;
 

@@ -1,3 +1,6 @@
+// One offset for all regions is found first, by halving steps. The categories that it gives are
+// then changed, a region at a time, into a list of distributions from the most expensive to the
+// cheapest; the frame's control number says how far along it the encoder went.
 #include "codecs/engines/g722_1/categorization.h"
 
 #include <algorithm>

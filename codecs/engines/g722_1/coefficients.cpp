@@ -1,9 +1,9 @@
+// Region by region: code words of vectors with a sign for each level that is not zero, until the
+// bits run out; what is left at zero, or was not coded, is filled with noise.
 #include "codecs/engines/g722_1/coefficients.h"
 
 #include <algorithm>
-#include <bit>
 #include <cstddef>
-#include <utility>
 
 #include "codecs/engines/fixed_point.h"
 #include "codecs/engines/g722_1/prefix_code.h"

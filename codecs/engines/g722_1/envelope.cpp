@@ -1,3 +1,5 @@
+// The power of the first region stands as it is, the others as differences in prefix codes. From
+// all of them follows how far the frame's numbers are shifted so that the transform has room.
 #include "codecs/engines/g722_1/envelope.h"
 
 #include <algorithm>

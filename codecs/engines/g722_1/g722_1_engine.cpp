@@ -101,15 +101,15 @@ struct G7221 {
   using Encoder = NoCoder;
 
   static std::size_t FrameBytes(int bitRate, unsigned char) noexcept {
-    return static_cast<std::size_t>(bitRate) / 400;
+    constexpr int kFramesPerSecond = kInfo.samplingFrequency / kFrameSamples;
+    return static_cast<std::size_t>(bitRate / kFramesPerSecond / 8);
   }
 };
 
+constexpr SpeechEngine kEngine = MakeSpeechEngine<G7221>();
+
 }  // namespace
 
-const SpeechEngine& G7221Engine() noexcept {
-  static constexpr SpeechEngine kEngine = MakeSpeechEngine<G7221>();
-  return kEngine;
-}
+const SpeechEngine& G7221Engine() noexcept { return kEngine; }
 
 }  // namespace Quorvex

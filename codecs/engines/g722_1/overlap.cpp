@@ -1,3 +1,5 @@
+// The lapped transform of a frame is mirrored: about a quarter of its length in the first half of
+// the window, about three quarters, with the sign changed, in the second.
 #include "codecs/engines/g722_1/overlap.h"
 
 #include <algorithm>
@@ -18,8 +20,6 @@ short Sample(Long sum) noexcept { return static_cast<short>(Saturate((sum + 0x10
 
 }  // namespace
 
-// The lapped transform of a frame is mirrored: about a quarter of its length in the first half of
-// the window, about three quarters, with the sign changed, in the second.
 void WeighHalvesPlain(const Word* first, const Word* kept, short* samples) noexcept {
   for (std::size_t i = 0; i < kHalfFrame; ++i) {
     const Long rising = kSynthesisWindow[i];

@@ -1,5 +1,5 @@
-// SampleRateConversion: mono PCM at one sampling frequency in, at another out, by the filter of the
-// resampling accessor.
+// SamplingFrequencyConversion: mono PCM at one sampling frequency in, at another out, by the filter
+// of the resampling accessor.
 #pragma once
 
 #include <MediaAccessor/result_code.h>
@@ -12,7 +12,7 @@
 
 namespace Quorvex {
 
-class SampleRateConversion {
+class SamplingFrequencyConversion {
  public:
   /// Sets the conversion up, and begins a stream.
   /// @return as InitializeResampling; QVERR_CREATE_FAILED when memory runs out.

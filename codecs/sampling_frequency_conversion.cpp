@@ -1,5 +1,5 @@
 // A conversion, a pass of the filter at a time.
-#include "codecs/sample_rate_conversion.h"
+#include "codecs/sampling_frequency_conversion.h"
 
 #include <algorithm>
 
@@ -7,7 +7,8 @@
 
 namespace Quorvex {
 
-QVERRORCODE_TAG SampleRateConversion::SetUp(int inputFrequency, int outputFrequency) noexcept {
+QVERRORCODE_TAG SamplingFrequencyConversion::SetUp(int inputFrequency,
+                                                   int outputFrequency) noexcept {
   const QVERRORCODE_TAG result = InitializeResampling(filter_, inputFrequency, outputFrequency);
   if (result != QVERR_OK) return result;
   const ResamplingPass pass =
@@ -16,11 +17,12 @@ QVERRORCODE_TAG SampleRateConversion::SetUp(int inputFrequency, int outputFreque
   return output_.Resize(pass.output) && Restart() ? QVERR_OK : QVERR_CREATE_FAILED;
 }
 
-bool SampleRateConversion::Restart() noexcept {
+bool SamplingFrequencyConversion::Restart() noexcept {
   return resampler_.Initialize(filter_, passInput_) == QVERR_OK;
 }
 
-std::span<const short> SampleRateConversion::Convert(std::span<const short>& input) noexcept {
+std::span<const short> SamplingFrequencyConversion::Convert(
+    std::span<const short>& input) noexcept {
   const std::size_t taken = std::min(input.size(), passInput_);
   float* const end = resampler_.End();
   Deinterleave(input.data(), taken, 1, 1, &end);
@@ -30,7 +32,7 @@ std::span<const short> SampleRateConversion::Convert(std::span<const short>& inp
   return {output_.Data(), count};
 }
 
-std::span<const short> SampleRateConversion::Flush() noexcept {
+std::span<const short> SamplingFrequencyConversion::Flush() noexcept {
   const std::size_t count = resampler_.TailCount();
   resampler_.Flush(output_.Data());
   return {output_.Data(), count};

@@ -1,6 +1,8 @@
 // The licence decision.
 #include "support/licence_policy.h"
 
+#include <new>
+
 #include "support/no_throw.h"
 
 namespace Quorvex {
@@ -13,7 +15,9 @@ const char* NameOf(LicensedFeature feature) noexcept {
 }  // namespace
 
 LicencePolicy& LicencePolicy::Instance() noexcept {
-  static constinit LicencePolicy policy;
+  // Never destroyed, like the registry, and not on the heap, which may have no memory.
+  alignas(LicencePolicy) static unsigned char memory[sizeof(LicencePolicy)];
+  static auto& policy = *new (memory) LicencePolicy;
   return policy;
 }
 

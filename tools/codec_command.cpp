@@ -28,7 +28,7 @@ static_assert(std::endian::native == std::endian::little, "samples are passed on
 struct Codec {
   const char* name;
   IPPCoder::CODEC codec;
-  long bitRate;                // bit/s, unless told otherwise
+  long bitRate;                // bit/s, unless told otherwise; 0: has to be told
   std::vector<long> bitRates;  // those that it has
   bool isCoded;
 };
@@ -39,7 +39,7 @@ const Codec kCodecs[] = {
     {"g723-53", IPPCoder::G723_1_53, 5300, {5300}, true},
     {"g723-63", IPPCoder::G723_1_63, 6300, {6300}, true},
     {"g722", IPPCoder::G722, 64000, {64000, 56000, 48000}, false},
-    {"g722-1", IPPCoder::G722_1, 64000, {24000, 32000}, false},
+    {"g722-1", IPPCoder::G722_1, 0, {24000, 32000}, false},
 };
 
 constexpr std::size_t kMostBlock = 65536;
@@ -185,8 +185,10 @@ int RunCodec(const CodecOptions& options) {
     for (const long known : codec.bitRates) {
       list += (list.empty() ? "" : " or ") + std::to_string(known);
     }
-    return Refuse(options, "--bit-rate has to be " + list + ", not " + std::to_string(bitRate),
-                  kWrongUsage);
+    const std::string why =
+        bitRate == 0 ? "needs a --bit-rate: " + list
+                     : "--bit-rate has to be " + list + ", not " + std::to_string(bitRate);
+    return Refuse(options, why, kWrongUsage);
   }
   if (!IPPCoder::IsLicensedCodec(codec.codec)) {
     ReportFailure("--codec " + options.codec, QVERR_NOT_LICENSED);

@@ -27,19 +27,19 @@ static_assert(std::endian::native == std::endian::little, "samples are passed on
 
 struct Codec {
   const char* name;
-  IPPCoder::CODEC codec;
   long bitRate;                // bit/s, unless told otherwise; 0: has to be told
   std::vector<long> bitRates;  // those that it has
+  IPPCoder::CODEC codec;
   bool isCoded;
 };
 
 const Codec kCodecs[] = {
-    {"g729a", IPPCoder::G729A, 8000, {8000}, true},
-    {"g729a-headered", IPPCoder::G729A_HEADERED, 8000, {8000}, true},
-    {"g723-53", IPPCoder::G723_1_53, 5300, {5300}, true},
-    {"g723-63", IPPCoder::G723_1_63, 6300, {6300}, true},
-    {"g722", IPPCoder::G722, 64000, {64000, 56000, 48000}, false},
-    {"g722-1", IPPCoder::G722_1, 0, {24000, 32000}, false},
+    {"g729a", 8000, {8000}, IPPCoder::G729A, true},
+    {"g729a-headered", 8000, {8000}, IPPCoder::G729A_HEADERED, true},
+    {"g723-53", 5300, {5300}, IPPCoder::G723_1_53, true},
+    {"g723-63", 6300, {6300}, IPPCoder::G723_1_63, true},
+    {"g722", 64000, {64000, 56000, 48000}, IPPCoder::G722, false},
+    {"g722-1", 0, {24000, 32000}, IPPCoder::G722_1, false},
 };
 
 constexpr std::size_t kMostBlock = 65536;

@@ -6,6 +6,7 @@
 
 #include "codecs/speech_coder.h"
 #include "fuzz/fuzz_input.h"
+#include "fuzz/fuzz_sink.h"
 #include "tests/codecs/fake_engine.h"
 
 namespace {
@@ -15,22 +16,6 @@ using fuzz::Require;
 
 enum Flag : unsigned { kFakeEngine = 1, kKeepTail = 2, kErasureMarker = 4, kKnownRate = 8 };
 enum Step : unsigned { kRefuse = 1, kReset = 2 };
-
-struct Sink : CMediaSink {
-  QVERRORCODE_TAG SetChannelCount(int) override { return QVERR_OK; }
-  QVERRORCODE_TAG Write(const void* data, unsigned long count) override {
-    Require(count > 0 && count % frameSamples == 0);
-    frames += count / frameSamples;
-    const auto* const samples = static_cast<const short*>(data);
-    for (unsigned long i = 0; i < count; ++i) sum = sum + samples[i];  // every one is there
-    return refuses ? QVERR_FILE_IO : QVERR_OK;
-  }
-
-  unsigned long frameSamples = 0;
-  std::uint64_t frames = 0;
-  bool refuses = false;
-  volatile int sum = 0;
-};
 
 IPPDecoder* MakeOne(fuzz::Input& input, unsigned& flags) {
   constexpr long kRates[] = {64000, 56000, 48000, 32000, 24000};
@@ -50,8 +35,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const IPPDecoderPtr decoder(MakeOne(input, flags));
   if (decoder == nullptr) return 0;
   const auto frame = static_cast<std::uint32_t>(decoder->GetCompressedFrameBytes());
-  Sink sink;
-  sink.frameSamples = static_cast<unsigned long>(decoder->SamplesForBytes(frame));
+  fuzz::FrameSink<short> sink;
+  sink.frame = static_cast<unsigned long>(decoder->SamplesForBytes(frame));
   decoder->SetSink(&sink);
   decoder->SetKeepTail((flags & kKeepTail) != 0);
   if ((flags & kErasureMarker) != 0) decoder->EnableErasureMarker();

@@ -6,6 +6,7 @@
 
 #include "codecs/speech_coder.h"
 #include "fuzz/fuzz_input.h"
+#include "fuzz/fuzz_sink.h"
 #include "tests/codecs/fake_engine.h"
 
 namespace {
@@ -20,22 +21,6 @@ constexpr int kMostRates = 4;
 constexpr int kLowRate = 1000;
 constexpr std::size_t kMostLow = 200;
 
-struct Sink : CMediaSink {
-  QVERRORCODE_TAG SetChannelCount(int) override { return QVERR_OK; }
-  QVERRORCODE_TAG Write(const void* data, unsigned long count) override {
-    Require(count > 0 && count % frameBytes == 0);
-    frames += count / frameBytes;
-    const auto* const bytes = static_cast<const unsigned char*>(data);
-    for (unsigned long i = 0; i < count; ++i) sum = sum + bytes[i];  // every one is there
-    return refuses ? QVERR_FILE_IO : QVERR_OK;
-  }
-
-  unsigned long frameBytes = 0;
-  std::uint64_t frames = 0;
-  bool refuses = false;
-  volatile unsigned sum = 0;
-};
-
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
@@ -43,8 +28,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto codec = static_cast<IPPCoder::CODEC>(input.Take<std::uint8_t>() % 4 + 1);
   const IPPEncoderPtr encoder(MakeEncoder(codec, tests::FakeEngineOf(codec)));
   Require(encoder != nullptr);
-  Sink sink;
-  sink.frameBytes = static_cast<unsigned long>(encoder->GetCompressedFrameBytes());
+  fuzz::FrameSink<unsigned char> sink;
+  sink.frame = static_cast<unsigned long>(encoder->GetCompressedFrameBytes());
   encoder->SetSink(&sink);
   const std::size_t frame = codec <= IPPCoder::G729A_HEADERED ? 80 : 240;
   std::size_t begun = 0;  // samples of a frame

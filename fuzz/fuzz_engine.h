@@ -28,6 +28,7 @@ class EngineRun {
   EngineRun(const Quorvex::SpeechEngine& engine, Input& input)
       : engine_(engine), info_(engine), input_(input), modes_(TakeModes()) {
     CheckRefusals();
+    CheckOutputBytes();
     Start(decoders_, EngineDirection::kDecode);
     if (HasEncoder()) Start(encoders_, EngineDirection::kEncode);
   }
@@ -90,6 +91,15 @@ class EngineRun {
     if (std::ranges::find(rates, options.modes.bitRate) != rates.end()) return;
     const Coder other(engine_, options, 0);
     Require(other.Status() == EngineStatus::kBadArgument && other.Handle() == nullptr);
+    Require(engine_.OutputBytes(options, 0xFFFF) == 0);
+  }
+
+  /// The last of these frames is not whole.
+  void CheckOutputBytes() const {
+    const std::size_t coded = FrameBytes(0);
+    const auto pcm = static_cast<std::size_t>(info_->pcmFrameBytes);
+    Require(engine_.OutputBytes(Options(EngineDirection::kDecode), 4 * coded - 1) == 3 * pcm);
+    Require(engine_.OutputBytes(Options(EngineDirection::kEncode), 4 * pcm - 1) == 3 * coded);
   }
 
   bool HasEncoder() const {

@@ -7,6 +7,9 @@
 #include <string>
 #include <vector>
 
+#include "tests/codecs/fake_engine.h"
+#include "tests/test_files.h"
+
 namespace {
 
 using namespace Quorvex;
@@ -47,6 +50,26 @@ TEST(SpeechCodecs, WhichThereAre) {
   EXPECT_NE(log.find("IPP_G723.1: there is no engine for this speech codec"), std::string::npos)
       << log;
   EXPECT_NE(log.find("IPP_G722 at 12345 bit/s: this"), std::string::npos) << log;
+}
+
+// Bit rates that leave the lowest bits of each code word out.
+TEST(SpeechCodecs, G722AsFFmpegDecodesIt) {
+  for (const unsigned bits : {6U, 7U}) {
+    const std::string bitRate = std::to_string(bits * 8000);
+    const auto expected = tests::ReadSamples(tests::Fixture("g722_ffmpeg_" + bitRate + ".s16"));
+    const tests::Bytes octets = tests::ReadBytes(tests::Fixture("g722_ffmpeg.g722"));
+    tests::Bytes packed(expected.size() / 2 * bits / 8);  // the lowest bit first
+    for (std::size_t i = 0; i < packed.size() * 8; ++i) {
+      const unsigned bit = octets[i / bits] >> (8 - bits + i % bits) & 1;
+      packed[i / 8] = static_cast<unsigned char>(packed[i / 8] | bit << i % 8);
+    }
+    const IPPDecoderPtr decoder(IPPDecoder::CreateInstance(IPPCoder::G722, std::stol(bitRate)));
+    tests::PushSink<short> sink;
+    decoder->SetSink(&sink);
+    EXPECT_EQ(decoder->Decode(packed.data(), static_cast<std::uint32_t>(packed.size())), QVERR_OK);
+    ASSERT_EQ(sink.pushes.size(), 1U);
+    EXPECT_EQ(sink.pushes[0], expected) << bitRate;
+  }
 }
 
 // What the host's callbacks do, and what they were asked.

@@ -2,6 +2,7 @@
 #include <MediaAccessor/all.h>
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -55,9 +56,14 @@ TEST_F(AUD, G722ThatFFmpegEncoded) {
   const std::string path = tests::Fixture("g722_ffmpeg.g722");
   ExpectFacts(path, 16'000, 1, "CCITT G.722 64 kbit/s");
   EXPECT_EQ(file->GetMilliseconds(), 516U);
-  EXPECT_EQ(tests::PullAll(*file), tests::ReadSamples(tests::Fixture("g722_ffmpeg.s16")));
+  const std::vector<short> decoded = tests::ReadSamples(tests::Fixture("g722_ffmpeg.s16"));
+  EXPECT_EQ(tests::PullAll(*file), decoded);
   ASSERT_EQ(MediaFileOpen(path.c_str(), file), QVERR_OK);
   EXPECT_EQ(tests::BlockSizes(*file), (std::vector<unsigned long>{8000, 256})) << "whole frames";
+  tests::Bytes begin = tests::ReadBytes(path);
+  begin.resize(100);  // no whole frames, and less than a block
+  ExpectFacts(Write("x.g722", begin), 16'000, 1, "CCITT G.722 64 kbit/s");
+  EXPECT_EQ(tests::PullAll(*file), std::vector<short>(decoded.begin(), decoded.begin() + 200));
 }
 
 TEST_F(AUD, EveryCodeWordOfRawG711) {
@@ -107,6 +113,8 @@ TEST_F(AUD, RefusesWhatItDoesNotTake) {
   pcm.tag = 1;
   tests::WavBytes wide = ALaw();
   wide.bits = 16;
+  tests::WavBytes narrow = ALaw();
+  narrow.bits = 4;
   tests::WavBytes lies = ALaw();
   lies.blockAlign = 6;
   tests::WavBytes noRate = ALaw();
@@ -116,6 +124,7 @@ TEST_F(AUD, RefusesWhatItDoesNotTake) {
   const tests::Bytes other = {'A', 'U', 'D', ' ', 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8};
   const std::string names[] = {Write("pcm.wav", pcm.ToBytes()),
                                Write("wide.wav", wide.ToBytes()),
+                               Write("narrow.wav", narrow.ToBytes()),
                                Write("lies.wav", lies.ToBytes()),
                                Write("data.wav", noData),
                                Write("rate.g722", noRate.ToBytes()),
@@ -128,6 +137,9 @@ TEST_F(AUD, RefusesWhatItDoesNotTake) {
   file.reset(factory->CreateMediaFile());
   for (const std::string& name : names)
     EXPECT_EQ(file->Open(name.c_str()), QVERR_BAD_FORMAT) << name;
+  const std::string name = directory.File("directory.g722");
+  std::filesystem::create_directory(name);
+  EXPECT_EQ(file->Open(name.c_str()), QVERR_FILE_OPEN_FAILED);
 }
 
 }  // namespace

@@ -23,8 +23,6 @@ TEST(SpeechCodecs, WhichThereAre) {
   for (const Case& c : {Case{0, 0, 0},
                         {7, 0, 0},
                         {IPPCoder::G729A, 0, 0},
-                        {IPPCoder::G729A_HEADERED, 0, 0},
-                        {IPPCoder::G723_1_53, 0, 0},
                         {IPPCoder::G723_1_63, 0, 0},
                         {IPPCoder::G722, 0, 80},
                         {IPPCoder::G722, 56000, 70},

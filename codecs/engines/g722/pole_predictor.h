@@ -11,6 +11,7 @@ namespace Quorvex::g722 {
 
 using fixed_point::Word;
 
+// Of the adaptive prediction of ITU-T G.722, as the leaks below.
 inline constexpr int kFirstPoleGain = 192;
 inline constexpr int kSecondPoleGain = 128;
 inline constexpr int kMostSecondPole = 12288;  // Q14

@@ -9,6 +9,7 @@
 
 namespace Quorvex::g722 {
 
+// Of the adaptive prediction of ITU-T G.722.
 inline constexpr std::size_t kZeros = 6;
 inline constexpr int kZeroGain = 128;
 

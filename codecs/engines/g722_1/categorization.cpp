@@ -7,13 +7,12 @@
 #include <array>
 #include <cstddef>
 
+#include "codecs/engines/g722_1/categorization_tables.h"
+
 namespace Quorvex::g722_1 {
 namespace {
 
 constexpr std::size_t kChanges = 15;
-
-// Bits that a region of each category is expected to take, from ITU-T G.722.1.
-constexpr std::array<int, 8> kExpectedBits = {52, 47, 43, 37, 29, 22, 16, 0};
 
 int ExpectedBits(int category) noexcept {
   return kExpectedBits[static_cast<std::size_t>(category)];

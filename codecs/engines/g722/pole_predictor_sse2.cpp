@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "codecs/engines/g722/pole_predictor.h"
+#include "codecs/engines/g722/sse2_product.h"
 
 namespace Quorvex::g722 {
 namespace {
@@ -24,10 +25,6 @@ void Store(__m128i vector, Word* both) {
 __m128i SignsDiffer(__m128i a, __m128i b) { return _mm_srai_epi16(_mm_xor_si128(a, b), 15); }
 __m128i WithSign(__m128i number, __m128i sign) {
   return _mm_subs_epi16(_mm_xor_si128(number, sign), sign);
-}
-__m128i Product(__m128i a, __m128i b) {
-  return _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(a, b), 1),
-                      _mm_srli_epi16(_mm_mullo_epi16(a, b), 15));
 }
 // a - a / 2^kShift, rounded down: a + floor(-2^(16 - kShift) a / 65536).
 template <int kShift>

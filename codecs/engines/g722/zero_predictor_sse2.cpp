@@ -5,6 +5,7 @@
 // in plain code.
 #include <emmintrin.h>
 
+#include "codecs/engines/g722/sse2_product.h"
 #include "codecs/engines/g722/zero_predictor.h"
 
 namespace Quorvex::g722 {
@@ -29,12 +30,6 @@ __m128i Adapt(__m128i zeros, __m128i doubled, __m128i difference) {
   return _mm_add_epi16(leaked, _mm_sub_epi16(_mm_xor_si128(gain, sign), sign));
 }
 
-// Q15 x Q15. A doubled difference is within 20,456, so the product has 16 bits.
-__m128i Product(__m128i a, __m128i b) {
-  return _mm_or_si128(_mm_slli_epi16(_mm_mulhi_epi16(a, b), 1),
-                      _mm_srli_epi16(_mm_mullo_epi16(a, b), 15));
-}
-
 // The sum of the lanes, and in lane 2 that of their magnitudes: a multiply-add with the signs.
 __m128i Sums(__m128i products) {
   const __m128i one = _mm_set1_epi16(1);
@@ -57,6 +52,7 @@ void AdaptZeros(ZeroPredictor& predictor, const Word* differences, std::size_t c
     zeros = Adapt(zeros, doubled, difference);
     const __m128i newest = _mm_srli_si128(_mm_add_epi16(difference, difference), 14);
     doubled = _mm_or_si128(_mm_slli_si128(doubled, 2), newest);
+    // A doubled difference is within 20,456, so the products have 16 bits.
     const __m128i sums = Sums(Product(doubled, zeros));
     allBits = _mm_or_si128(allBits, sums);
     parts[i] = static_cast<Word>(_mm_cvtsi128_si32(sums));

@@ -63,7 +63,7 @@ bool ReadRegion(BitReader& reader, Word deviation, Word* coefficients) noexcept 
   static constexpr auto kLevels = MakeLevels<kDimension, kCodebook.centroids.size()>();
   const auto magnitudes = Magnitudes(kCodebook.centroids, deviation);
   for (std::size_t i = 0; i < kRegionSize; i += kDimension) {
-    const auto& vector = kLevels[static_cast<std::size_t>(kCode.Read(reader))];
+    const auto& vector = kLevels[static_cast<std::size_t>(kCode.Read(reader, kCodebook.tree))];
     if (reader.Left() < vector.signCount) return false;
     std::uint32_t signs = reader.Ahead();
     reader.Skip(vector.signCount);

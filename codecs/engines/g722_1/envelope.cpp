@@ -24,7 +24,7 @@ Powers ReadPowers(BitReader& reader) noexcept {
   Powers powers;
   powers[0] = static_cast<int>(reader.Read(5)) - 7;
   for (std::size_t i = 1; i < kRegions; ++i) {
-    powers[i] = powers[i - 1] + kPowerCodes[i - 1].Read(reader) - 12;
+    powers[i] = powers[i - 1] + kPowerCodes[i - 1].Read(reader, kPowerTrees[i - 1]) - 12;
   }
   return powers;
 }

@@ -16,24 +16,26 @@ struct CodeTreeNode {
   fixed_point::Word ifOne;
 };
 
-/// Node 0 is the root. What the first bits lead to is looked up, the rest is walked.
+/// Node 0 is the root. What the first bits lead to is looked up, the rest is walked. The tree is
+/// not kept: a pointer to it would have each code's table relocated whenever the library is loaded.
 class PrefixCode {
  public:
-  constexpr explicit PrefixCode(std::span<const CodeTreeNode> tree) noexcept : tree_(tree) {
+  constexpr explicit PrefixCode(std::span<const CodeTreeNode> tree) noexcept {
     for (unsigned bits = 0; bits < first_.size(); ++bits) {
       Step& step = first_[bits];
       do {
         ++step.length;
-        step.next = Follow(step.next, bits >> (kFirstBits - step.length) & 1);
+        step.next = Follow(tree, step.next, bits >> (kFirstBits - step.length) & 1);
       } while (step.next > 0 && step.length < kFirstBits);
     }
   }
 
-  int Read(BitReader& reader) const noexcept {
+  /// @param tree  the one that the code was made of.
+  int Read(BitReader& reader, std::span<const CodeTreeNode> tree) const noexcept {
     const Step& step = first_[reader.Ahead() >> (32 - kFirstBits)];
     reader.Skip(step.length);
     int next = step.next;
-    while (next > 0) next = Follow(next, reader.Read(1));
+    while (next > 0) next = Follow(tree, next, reader.Read(1));
     return -next;
   }
 
@@ -45,12 +47,12 @@ class PrefixCode {
     fixed_point::Word length = 0;
   };
 
-  constexpr fixed_point::Word Follow(int node, unsigned bit) const noexcept {
-    const CodeTreeNode& from = tree_[static_cast<std::size_t>(node)];
+  static constexpr fixed_point::Word Follow(std::span<const CodeTreeNode> tree, int node,
+                                            unsigned bit) noexcept {
+    const CodeTreeNode& from = tree[static_cast<std::size_t>(node)];
     return bit != 0 ? from.ifOne : from.ifZero;
   }
 
-  std::span<const CodeTreeNode> tree_;
   std::array<Step, 1 << kFirstBits> first_{};
 };
 

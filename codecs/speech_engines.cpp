@@ -4,6 +4,7 @@
 #include "codecs/engine.h"
 #include "codecs/engines/g722/g722_engine.h"
 #include "codecs/engines/g722_1/g722_1_engine.h"
+#include "codecs/engines/g729a/g729a_engine.h"
 #include "support/ft_log.h"
 #include "support/no_throw.h"
 #include "support/text.h"
@@ -14,6 +15,7 @@ namespace {
 constexpr const SpeechEngine& (*kEngines[])() noexcept = {
     G722Engine,
     G7221Engine,
+    G729AEngine,
 };
 
 }  // namespace

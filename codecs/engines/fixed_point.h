@@ -79,6 +79,13 @@ constexpr Long LongShiftRight(Long value, int count) noexcept {
   return value >> std::min(count, 31);
 }
 
+/// To the right by a count from 0, rounded to the nearest, a half upwards.
+constexpr Long LongShiftRightRounded(Long value, int count) noexcept {
+  if (count <= 0) return value;
+  if (count > 31) return 0;
+  return (value >> count) + ((value >> (count - 1)) & 1);
+}
+
 /// The halves of a 32-bit number. Low takes its bits as they are.
 constexpr Word High(Long value) noexcept { return static_cast<Word>(value >> 16); }
 constexpr Word Low(Long value) noexcept { return static_cast<Word>(value); }

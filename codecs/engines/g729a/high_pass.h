@@ -22,6 +22,9 @@ class HighPass {
   void FilterOutput(std::span<fixed_point::Word> samples) noexcept;
 
  private:
+  fixed_point::Long Next(const HighPassCoefficients& coefficients, int shift,
+                         fixed_point::Word sample) noexcept;
+
   Split output1_, output2_;
   fixed_point::Word input1_ = 0, input2_ = 0;
 };

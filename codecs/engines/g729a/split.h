@@ -20,11 +20,11 @@ constexpr fixed_point::Long Join(Split value) noexcept {
 }
 
 /// Q31 x Q15 and Q31 x Q31 to Q31. The products of low halves are left out or rounded down.
-constexpr fixed_point::Long Multiply(Split a, fixed_point::Word b) noexcept {
+constexpr fixed_point::Long SplitMultiply(Split a, fixed_point::Word b) noexcept {
   return fixed_point::MultiplyAdd(fixed_point::LongMultiply(a.high, b),
                                   fixed_point::Multiply(a.low, b), 1);
 }
-constexpr fixed_point::Long Multiply(Split a, Split b) noexcept {
+constexpr fixed_point::Long SplitMultiply(Split a, Split b) noexcept {
   const fixed_point::Long upper = fixed_point::MultiplyAdd(
       fixed_point::LongMultiply(a.high, b.high), fixed_point::Multiply(a.high, b.low), 1);
   return fixed_point::MultiplyAdd(upper, fixed_point::Multiply(a.low, b.high), 1);

@@ -1,0 +1,141 @@
+// The signal path:
+//
+//     speech ─ A(z/0.55) ─ pitch ─ tilt ─ 1/A(z/0.7) ─ level of the speech
+#include "codecs/engines/g729a/post_filter.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "codecs/engines/g729a/filters.h"
+#include "codecs/engines/g729a/functions.h"
+
+namespace Quorvex::g729a {
+
+using namespace fixed_point;
+
+namespace {
+
+constexpr Word kZeros = 18022;  // 0.55, Q15
+constexpr Word kPoles = 22938;  // 0.7
+
+Long Correlate(const Word* a, const Word* b, std::size_t count, Long start = 0) noexcept {
+  Long sum = start;
+  for (std::size_t i = 0; i < count; ++i) sum = MultiplyAdd(sum, a[i], b[i]);
+  return sum;
+}
+
+/// What the samples of a lag before add to the samples themselves, both Q15.
+struct PitchWeights {
+  int lag = 0;
+  Word own = kMostWord;
+  Word delayed = 0;
+};
+
+// The weights of a lag with such a correlation and energies.
+PitchWeights WeightsOf(int lag, Long correlation, Long delayed, Long own) noexcept {
+  const int norm = LongNorm(std::max({correlation, delayed, own}));
+  const auto normal = [norm](Long value) { return Round(LongShiftLeft(value, norm)); };
+  const Word c = normal(correlation);
+  const Word e = normal(delayed);
+  // Less than 3 dB are gained.
+  if (LongMultiply(c, c) < LongMultiply(e, normal(own)) >> 1) return {};
+  if (c > e) return {lag, 21845, 10923};  // 2/3 and 1/3
+  const Word halfC = ShiftRight(Multiply(c, 16384), 1);
+  const Word sum = Add(halfC, ShiftRight(e, 1));
+  const Word gain = sum > 0 ? Divide(halfC, sum) : Word{0};
+  return {lag, Subtract(kMostWord, gain), gain};
+}
+
+// Looks for the pitch around the lag that was sent. @param residual  a subframe and its history.
+PitchWeights FindPitch(const Word* residual, int lag) noexcept {
+  constexpr std::size_t kCount = kMostLag + kSubframeSamples;
+  Word quiet[kCount];
+  for (std::size_t i = 0; i < kCount; ++i) quiet[i] = ShiftRight(residual[i], 2);
+  const Word* const own = quiet + kMostLag;
+
+  const int last = std::min(lag + 3, kMostLag);
+  int best = last - 6;
+  Long most = kLeastLong;
+  for (int tried = last - 6; tried <= last; ++tried) {
+    const Long correlation = Correlate(own, own - tried, kSubframeSamples);
+    if (correlation <= most) continue;
+    most = correlation;
+    best = tried;
+  }
+  return WeightsOf(best, std::max<Long>(most, 0),
+                   Correlate(own - best, own - best, kSubframeSamples, 1),
+                   Correlate(own, own, kSubframeSamples, 1));
+}
+
+// How much of each sample the next is expected to have, of the filter's response, Q15.
+Word TiltOf(const Filter& zeros, const Filter& poles) noexcept {
+  constexpr std::size_t kLength = 22;
+  Word response[kOrder + kLength] = {};
+  Word* const begin = response + kOrder;
+  std::ranges::copy(zeros, begin);
+  Synthesize(poles, begin, kLength, begin);
+  const Word energy = High(Correlate(begin, begin, kLength));
+  const Word next = High(Correlate(begin, begin + 1, kLength - 1));
+  if (next <= 0) return 0;
+  return Divide(Multiply(next, 26214), energy);  // 0.8
+}
+
+}  // namespace
+
+void PostFilter::Filter(const g729a::Filter& filter, int lag, const Word* speech,
+                        Word* filtered) noexcept {
+  const g729a::Filter zeros = Expand(filter, kZeros);
+  const g729a::Filter poles = Expand(filter, kPoles);
+  Word* const residual = residual_.data() + kMostLag;
+  Residual(zeros, speech, kSubframeSamples, residual);
+
+  const PitchWeights pitch = FindPitch(residual_.data(), lag);
+  const Word tilt = TiltOf(zeros, poles);
+  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+    Word sample = residual[n];
+    if (pitch.lag != 0) {
+      sample =
+          Add(Multiply(pitch.own, sample), Multiply(pitch.delayed, *(residual + n - pitch.lag)));
+    }
+    filtered[n] = Subtract(sample, Multiply(tilt, tilted_));
+    tilted_ = sample;
+  }
+  std::copy_n(residual_.end() - kMostLag, kMostLag, residual_.begin());
+
+  Word* const output = output_.data() + kOrder;
+  Synthesize(poles, filtered, kSubframeSamples, output);
+  std::copy_n(output, kSubframeSamples, filtered);
+  std::copy_n(output_.end() - kOrder, kOrder, output_.begin());
+  ControlLevel(speech, filtered);
+}
+
+void PostFilter::ControlLevel(const Word* speech, Word* filtered) noexcept {
+  const auto energyOf = [](const Word* samples) {
+    Long energy = 0;
+    for (std::size_t i = 0; i < kSubframeSamples; ++i) {
+      const Word quiet = ShiftRight(samples[i], 2);
+      energy = MultiplyAdd(energy, quiet, quiet);
+    }
+    return energy;
+  };
+  const Long output = energyOf(filtered);
+  if (output == 0) {
+    gain_ = 0;
+    return;
+  }
+  Word target = 0;
+  if (const Long input = energyOf(speech); input != 0) {
+    const int outputNorm = LongNorm(output) - 1;
+    const int inputNorm = LongNorm(input);
+    const Word ratio =
+        Divide(Round(LongShiftLeft(output, outputNorm)), Round(LongShiftLeft(input, inputNorm)));
+    const Long root = InverseRoot(LongShiftRight(LongShiftLeft(ratio, 7), outputNorm - inputNorm));
+    target = Multiply(Round(LongShiftLeft(root, 9)), 3276);
+  }
+  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+    gain_ = Add(Multiply(gain_, 29491), target);
+    filtered[n] = High(LongShiftLeft(LongMultiply(filtered[n], gain_), 3));
+  }
+}
+
+}  // namespace Quorvex::g729a

@@ -1,32 +1,76 @@
 #include "codecs/engines/g729a/excitation.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <cstdlib>
 
+#include "codecs/engines/block_filter.h"
 #include "codecs/engines/g729a/pitch_tables.h"
+#include "codecs/engines/sums_of_products.h"
 
 namespace Quorvex::g729a {
 
 using namespace fixed_point;
 
-void RepeatExcitation(Lag lag, Word* excitation) noexcept {
-  constexpr int kTaps = 10;  // each way
-  // The filter lies at thirds after a sample.
-  int thirds = -lag.thirds;
-  const Word* source = excitation - lag.samples;
-  if (thirds < 0) {
-    thirds += 3;
-    --source;
-  }
-  const Word* const before = &kInterpolation[static_cast<std::size_t>(thirds)];
-  const Word* const after = &kInterpolation[static_cast<std::size_t>(3 - thirds)];
-  for (std::size_t n = 0; n < kSubframeSamples; ++n, ++source) {
-    Long sum = 0;
-    for (int i = 0; i < kTaps; ++i) {
-      sum = MultiplyAdd(sum, source[-i], before[3 * i]);
-      sum = MultiplyAdd(sum, source[1 + i], after[3 * i]);
+namespace {
+
+constexpr std::size_t kTaps = 10;  // each way
+// The end of the filter stays before the block that it makes.
+static_assert(kFilterBlock + kTaps < static_cast<std::size_t>(kLeastLag));
+
+// The interpolation at thirds after a sample: from the coefficient of the sample ten later to that
+// of the sample nine earlier.
+using Taps = std::array<Word, 2 * kTaps>;
+constexpr std::array<Taps, 3> kPlaces = [] {
+  std::array<Taps, 3> places{};
+  for (std::size_t thirds = 0; thirds < places.size(); ++thirds) {
+    for (std::size_t i = 0; i < kTaps; ++i) {
+      places[thirds][kTaps - 1 - i] = kInterpolation[3 - thirds + 3 * i];
+      places[thirds][kTaps + i] = kInterpolation[thirds + 3 * i];
     }
-    excitation[n] = Round(sum);
+  }
+  return places;
+}();
+
+// Samples below this add up without saturating, whatever their signs and the place.
+constexpr Long kLoud = [] {
+  Long most = 0;
+  for (const Taps& taps : kPlaces) {
+    Long sum = 0;
+    for (const Word tap : taps) sum += tap < 0 ? -tap : tap;
+    most = std::max(most, sum);
+  }
+  return kSumLimit / most;
+}();
+
+// From the middle of the filter outwards.
+Word InterpolateSaturating(const Taps& taps, const Word* newest) noexcept {
+  Long sum = 0;
+  for (std::size_t i = 0; i < kTaps; ++i) {
+    for (const std::size_t tap : {kTaps + i, kTaps - 1 - i}) {
+      sum = MultiplyAdd(sum, *(newest - tap), taps[tap]);
+    }
+  }
+  return Round(sum);
+}
+
+}  // namespace
+
+void RepeatExcitation(Lag lag, Word* excitation) noexcept {
+  // A third before a sample is two thirds after the one before.
+  const bool isBefore = lag.thirds > 0;
+  const Taps& taps = kPlaces[static_cast<std::size_t>(isBefore ? 3 - lag.thirds : -lag.thirds)];
+  const Word* newest = excitation - lag.samples - (isBefore ? 1 : 0) + kTaps;
+  for (std::size_t n = 0; n < kSubframeSamples; n += kFilterBlock, newest += kFilterBlock) {
+    const Word* const oldest = newest - (taps.size() - 1);
+    if (Peak(oldest, taps.size() + kFilterBlock - 1) < kLoud) {
+      FilterBlocks(newest, taps.data(), taps.size(), 15, kFilterBlock, excitation + n);
+    } else {
+      for (std::size_t i = 0; i < kFilterBlock; ++i) {
+        excitation[n + i] = InterpolateSaturating(taps, newest + i);
+      }
+    }
   }
 }
 
@@ -58,10 +102,28 @@ void Sharpen(int lag, Word sharpening, Word* samples) noexcept {
   }
 }
 
-void AddCode(Word pitchGain, Word codeGain, const Subframe& code, Word* excitation) noexcept {
+namespace {
+
+void AddCodeSaturating(Word pitchGain, Word codeGain, const Subframe& code,
+                       Word* excitation) noexcept {
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
     const Long sum = MultiplyAdd(LongMultiply(excitation[n], pitchGain), code[n], codeGain);
     excitation[n] = Round(LongShiftLeft(sum, 1));
+  }
+}
+
+}  // namespace
+
+void AddCode(Word pitchGain, Word codeGain, const Subframe& code, Word* excitation) noexcept {
+  const Long most = Peak(excitation, kSubframeSamples) * std::abs(Long{pitchGain}) / 2 +
+                    Peak(code.data(), kSubframeSamples) * std::abs(Long{codeGain}) / 2;
+  if (most >= kSumLimit / 2) {
+    AddCodeSaturating(pitchGain, codeGain, code, excitation);
+    return;
+  }
+  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+    const Long sum = excitation[n] * pitchGain + code[n] * codeGain;
+    excitation[n] = Saturate((sum + 0x2000) >> 14);
   }
 }
 

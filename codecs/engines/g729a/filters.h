@@ -13,6 +13,7 @@ namespace Quorvex::g729a {
 Filter Expand(const Filter& filter, fixed_point::Word factor) noexcept;
 
 /// What the prediction leaves: the samples through A(z). @param samples  with memory before.
+/// @param count  a multiple of eight.
 void Residual(const Filter& filter, const fixed_point::Word* samples, std::size_t count,
               fixed_point::Word* residual) noexcept;
 

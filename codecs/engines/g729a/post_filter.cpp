@@ -4,10 +4,12 @@
 #include "codecs/engines/g729a/post_filter.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "codecs/engines/g729a/filters.h"
 #include "codecs/engines/g729a/functions.h"
+#include "codecs/engines/sums_of_products.h"
 
 namespace Quorvex::g729a {
 
@@ -17,12 +19,6 @@ namespace {
 
 constexpr Word kZeros = 18022;  // 0.55, Q15
 constexpr Word kPoles = 22938;  // 0.7
-
-Long Correlate(const Word* a, const Word* b, std::size_t count, Long start = 0) noexcept {
-  Long sum = start;
-  for (std::size_t i = 0; i < count; ++i) sum = MultiplyAdd(sum, a[i], b[i]);
-  return sum;
-}
 
 /// What the samples of a lag before add to the samples themselves, both Q15.
 struct PitchWeights {
@@ -46,25 +42,58 @@ PitchWeights WeightsOf(int lag, Long correlation, Long delayed, Long own) noexce
   return {lag, Subtract(kMostWord, gain), gain};
 }
 
+/// Samples at a quarter of their level, for correlations.
+template <std::size_t kCount>
+class QuietCopy {
+ public:
+  explicit QuietCopy(const Word* samples) noexcept {
+    for (std::size_t i = 0; i < kCount; ++i) samples_[i] = static_cast<Word>(samples[i] >> 2);
+    const Long peak = Peak(samples_, kCount);
+    mayBeLoud_ = peak * peak >= kSumLimit / static_cast<Long>(kSubframeSamples);
+  }
+
+  /// Over a subframe, at two places.
+  Long CorrelateAt(std::size_t a, std::size_t b, Long start = 0) const noexcept {
+    if (mayBeLoud_) return Correlate(samples_ + a, samples_ + b, kSubframeSamples, start);
+    return start + 2 * CorrelateUndoubled(samples_ + a, samples_ + b, kSubframeSamples);
+  }
+
+ private:
+  Word samples_[kCount];
+  bool mayBeLoud_;
+};
+
+Long EnergyOf(const Word* samples) noexcept {
+  return QuietCopy<kSubframeSamples>(samples).CorrelateAt(0, 0);
+}
+
 // Looks for the pitch around the lag that was sent. @param residual  a subframe and its history.
 PitchWeights FindPitch(const Word* residual, int lag) noexcept {
-  constexpr std::size_t kCount = kMostLag + kSubframeSamples;
-  Word quiet[kCount];
-  for (std::size_t i = 0; i < kCount; ++i) quiet[i] = ShiftRight(residual[i], 2);
-  const Word* const own = quiet + kMostLag;
-
+  const QuietCopy<kMostLag + kSubframeSamples> quiet(residual);
   const int last = std::min(lag + 3, kMostLag);
+  const auto placeOf = [](int tried) { return static_cast<std::size_t>(kMostLag - tried); };
   int best = last - 6;
   Long most = kLeastLong;
   for (int tried = last - 6; tried <= last; ++tried) {
-    const Long correlation = Correlate(own, own - tried, kSubframeSamples);
+    const Long correlation = quiet.CorrelateAt(kMostLag, placeOf(tried));
     if (correlation <= most) continue;
     most = correlation;
     best = tried;
   }
   return WeightsOf(best, std::max<Long>(most, 0),
-                   Correlate(own - best, own - best, kSubframeSamples, 1),
-                   Correlate(own, own, kSubframeSamples, 1));
+                   quiet.CorrelateAt(placeOf(best), placeOf(best), 1),
+                   quiet.CorrelateAt(kMostLag, kMostLag, 1));
+}
+
+void AddPitch(const PitchWeights& pitch, const Word* residual, Word* voiced) noexcept {
+  if (pitch.lag == 0) {
+    std::copy_n(residual, kSubframeSamples, voiced);
+    return;
+  }
+  const Word* const delayed = residual - pitch.lag;
+  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+    voiced[n] = Add(Multiply(pitch.own, residual[n]), Multiply(pitch.delayed, delayed[n]));
+  }
 }
 
 // How much of each sample the next is expected to have, of the filter's response, Q15.
@@ -89,16 +118,14 @@ void PostFilter::Filter(const g729a::Filter& filter, int lag, const Word* speech
   Word* const residual = residual_.data() + kMostLag;
   Residual(zeros, speech, kSubframeSamples, residual);
 
-  const PitchWeights pitch = FindPitch(residual_.data(), lag);
+  // The sample before, and a subframe.
+  std::array<Word, 1 + kSubframeSamples> voiced;
+  voiced[0] = last_;
+  AddPitch(FindPitch(residual_.data(), lag), residual, voiced.data() + 1);
+  last_ = voiced.back();
   const Word tilt = TiltOf(zeros, poles);
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    Word sample = residual[n];
-    if (pitch.lag != 0) {
-      sample =
-          Add(Multiply(pitch.own, sample), Multiply(pitch.delayed, *(residual + n - pitch.lag)));
-    }
-    filtered[n] = Subtract(sample, Multiply(tilt, tilted_));
-    tilted_ = sample;
+    filtered[n] = Subtract(voiced[n + 1], Multiply(tilt, voiced[n]));
   }
   std::copy_n(residual_.end() - kMostLag, kMostLag, residual_.begin());
 
@@ -110,21 +137,13 @@ void PostFilter::Filter(const g729a::Filter& filter, int lag, const Word* speech
 }
 
 void PostFilter::ControlLevel(const Word* speech, Word* filtered) noexcept {
-  const auto energyOf = [](const Word* samples) {
-    Long energy = 0;
-    for (std::size_t i = 0; i < kSubframeSamples; ++i) {
-      const Word quiet = ShiftRight(samples[i], 2);
-      energy = MultiplyAdd(energy, quiet, quiet);
-    }
-    return energy;
-  };
-  const Long output = energyOf(filtered);
+  const Long output = EnergyOf(filtered);
   if (output == 0) {
     gain_ = 0;
     return;
   }
   Word target = 0;
-  if (const Long input = energyOf(speech); input != 0) {
+  if (const Long input = EnergyOf(speech); input != 0) {
     const int outputNorm = LongNorm(output) - 1;
     const int inputNorm = LongNorm(input);
     const Word ratio =

@@ -21,7 +21,7 @@ class PostFilter {
 
   std::array<fixed_point::Word, kMostLag + kSubframeSamples> residual_{};  // history, subframe
   std::array<fixed_point::Word, kOrder + kSubframeSamples> output_{};      // before the level
-  fixed_point::Word tilted_ = 0;   // the last sample before the tilt was taken away
+  fixed_point::Word last_ = 0;     // sample before the tilt is taken away
   fixed_point::Word gain_ = 4096;  // Q12
 };
 

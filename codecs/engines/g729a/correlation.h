@@ -1,0 +1,31 @@
+// Sums of products of subframes, as the encoder's searches need them.
+#pragma once
+
+#include "codecs/engines/fixed_point.h"
+#include "codecs/engines/g729a/frame.h"
+
+namespace Quorvex::g729a {
+
+struct Sum {
+  fixed_point::Long value = 0;
+  bool saturated = false;  ///< by one product or more
+};
+
+/// start + 2 (a[0] b[0] + a[1] b[1] + ...), each step saturating.
+Sum Correlate(const fixed_point::Word* a, const fixed_point::Word* b,
+              fixed_point::Long start = 0) noexcept;
+
+/// A number with all its bits in use: value / 2^shift.
+struct Scaled {
+  fixed_point::Word value = 0;
+  int shift = 0;
+};
+
+/// The upper half of a sum, rounded, after its norm.
+Scaled Normalize(fixed_point::Long sum) noexcept;
+
+/// For each place, the correlation of the target with a response that begins there; the greatest
+/// takes 13 bits and the sign. @param response  Q12.
+Subframe FilterBackward(const Subframe& target, const Subframe& response) noexcept;
+
+}  // namespace Quorvex::g729a

@@ -4,9 +4,9 @@
 //   1. The target, filtered backwards, says for each place what a pulse there gains, and its sign.
 //   2. The correlations of the response with itself say what two pulses cost together. With the
 //      signs of their places put into them, the search need not know about signs.
-//   3. Pairs of tracks are searched one after the other: first one of the two best places of a
-//      track with the best partner, then all pairs of the next two tracks. That is done in two
-//      orders for each of the last tracks, eight starts in all.
+//   3. Pairs of tracks are searched one after the other: first the best pair of one of the two best
+//      places of a track and any of another, then the best pair of the two tracks that are left.
+//      That is done in two orders for each of the last tracks.
 //
 // What is best has the greatest gain^2 / energy, and ratios are compared by cross products.
 #include "codecs/engines/g729a/fixed_codebook_search.h"
@@ -64,7 +64,7 @@ struct Merit {
 };
 
 struct Pair {
-  Merit merit;
+  Merit merit = {};
   std::size_t first = 0, second = 0;  ///< ranks
 };
 
@@ -131,15 +131,17 @@ std::array<std::size_t, 2> BestOf(std::size_t track, const Pulses& pulses) noexc
 
 constexpr Word Square(Word gain) noexcept { return Multiply(gain, gain); }
 
-// The partner of a start. Energies are a quarter of the pair's. No sum here or below saturates:
-// it is 2^31 - 2^16 at most.
-Pair SearchPartner(std::size_t start, std::size_t track, const Pulses& pulses) noexcept {
-  Pair best;
-  for (std::size_t i = track * kPlaces; i < (track + 1) * kPlaces; ++i) {
-    const Long energy =
-        0x4000 * (pulses.energies[start] + pulses.energies[i]) + 0x8000 * pulses.common[start][i];
-    const Merit merit{Square(Add(pulses.gains[start], pulses.gains[i])), Round(energy)};
-    if (merit.IsAbove(best.merit)) best = {merit, start, i};
+// The best pair of a start and a partner. Energies are a quarter of the pair's. No sum here or
+// below saturates: it is 2^31 - 2^16 at most.
+Pair SearchFirstPair(const Order& order, const Pulses& pulses) noexcept {
+  Pair best{.first = order.start * kPlaces, .second = order.partner * kPlaces};
+  for (const std::size_t start : BestOf(order.start, pulses)) {
+    for (std::size_t i = order.partner * kPlaces; i < (order.partner + 1) * kPlaces; ++i) {
+      const Long energy =
+          0x4000 * (pulses.energies[start] + pulses.energies[i]) + 0x8000 * pulses.common[start][i];
+      const Merit merit{Square(Add(pulses.gains[start], pulses.gains[i])), Round(energy)};
+      if (merit.IsAbove(best.merit)) best = {merit, start, i};
+    }
   }
   return best;
 }
@@ -160,7 +162,7 @@ std::array<Word, kPlaces> AddedEnergies(const Pair& pair, std::size_t track,
 Pair SearchSecondPair(const Pair& pair, const Order& order, const Pulses& pulses) noexcept {
   const Word gain = Add(pulses.gains[pair.first], pulses.gains[pair.second]);
   const auto added = AddedEnergies(pair, order.inner, pulses);
-  Pair best;
+  Pair best{.first = order.outer * kPlaces, .second = order.inner * kPlaces};
   for (std::size_t i = order.outer * kPlaces; i < (order.outer + 1) * kPlaces; ++i) {
     const Word outerGain = Add(gain, pulses.gains[i]);
     const Long outer = 0x4000 * pair.merit.energy + 0x1000 * pulses.energies[i] +
@@ -180,14 +182,12 @@ std::array<std::size_t, kPulses> Search(const Pulses& pulses) noexcept {
   Merit most;
   std::array<std::size_t, kPulses> ranks = {0, kPlaces, 2 * kPlaces, 3 * kPlaces};
   for (const Order& order : kOrders) {
-    for (const std::size_t start : BestOf(order.start, pulses)) {
-      const Pair pair = SearchPartner(start, order.partner, pulses);
-      const Pair second = SearchSecondPair(pair, order, pulses);
-      if (!second.merit.IsAbove(most)) continue;
-      most = second.merit;
-      ranks = {pair.first, pair.second, second.first, second.second};
-      std::ranges::sort(ranks);
-    }
+    const Pair first = SearchFirstPair(order, pulses);
+    const Pair second = SearchSecondPair(first, order, pulses);
+    if (!second.merit.IsAbove(most)) continue;
+    most = second.merit;
+    ranks = {first.first, first.second, second.first, second.second};
+    std::ranges::sort(ranks);
   }
   return ranks;
 }

@@ -31,6 +31,11 @@ constexpr std::size_t kPulses = 4;
 constexpr std::size_t RankOf(std::size_t position) noexcept {
   return position % kTracks * kPlaces + position / kTracks;
 }
+constexpr auto kRanks = [] {
+  std::array<std::size_t, kSubframeSamples> ranks = {};
+  for (std::size_t i = 0; i < ranks.size(); ++i) ranks[i] = RankOf(i);
+  return ranks;
+}();
 constexpr std::size_t PositionOf(std::size_t rank) noexcept {
   return rank % kPlaces * kTracks + rank / kPlaces;
 }
@@ -79,11 +84,6 @@ Subframe Level(const Subframe& response) noexcept {
   return level;
 }
 
-// Two pulses of one sign have in common what their responses have, less one of rounding.
-constexpr Word Signed(Word common, bool differ) noexcept {
-  return Multiply(common, differ ? kLeastWord : kMostWord);
-}
-
 void SetGains(const Subframe& backward, Pulses& pulses) noexcept {
   for (std::size_t rank = 0; rank < kSubframeSamples; ++rank) {
     const Word gain = backward[PositionOf(rank)];
@@ -92,23 +92,51 @@ void SetGains(const Subframe& backward, Pulses& pulses) noexcept {
   }
 }
 
-// Two responses that begin `distance` apart have the more in common the earlier they begin: each
-// sum continues the one of the places before the end.
-void SetEnergies(const Subframe& response, Pulses& pulses) noexcept {
-  for (std::size_t distance = 0; distance < kSubframeSamples; ++distance) {
-    Long sum = 0;
-    for (std::size_t i = 0; i + distance < kSubframeSamples; ++i) {
-      sum = MultiplyAdd(sum, response[i], response[i + distance]);
-      const std::size_t later = RankOf(kSubframeSamples - 1 - i);
-      const std::size_t earlier = RankOf(kSubframeSamples - 1 - i - distance);
-      if (distance == 0) {
-        pulses.energies[later] = High(sum);
-      } else {
-        const Word common = Signed(High(sum), pulses.negative[later] != pulses.negative[earlier]);
-        pulses.common[later][earlier] = common;
-        pulses.common[earlier][later] = common;
-      }
+// Puts the signs of a place and of all before into what they have in common. Two pulses of one
+// sign lose one of rounding, since the sign is 32767.
+void PutSigns(std::size_t position, const Subframe& negative, Subframe& common) noexcept {
+  for (std::size_t i = 0; i < position; ++i) {
+    const int value = common[i];
+    const int same = value - (value > 0 ? 1 : 0);
+    const int different = std::min<int>(-value, kMostWord);
+    common[i] = static_cast<Word>(negative[i] == negative[position] ? same : different);
+  }
+}
+
+// Two responses have the more in common the earlier they begin, at the same distance: a sum for
+// each distance goes from the end to the beginning. `Step` adds a product to it.
+template <class Step>
+void SetEnergies(const Subframe& response, const Subframe& negative, const Step& step,
+                 Pulses& pulses) noexcept {
+  Subframe reversed;
+  std::ranges::reverse_copy(response, reversed.begin());
+  std::array<Long, kSubframeSamples> sums = {};  // the greatest distance first
+  for (std::size_t k = 0; k < kSubframeSamples; ++k) {
+    const std::size_t later = kSubframeSamples - 1 - k;
+    Subframe common = {};
+    for (std::size_t i = 0; i <= later; ++i) {
+      sums[i + k] = step(sums[i + k], response[k], reversed[i]);
+      common[i] = High(sums[i + k]);
     }
+    pulses.energies[kRanks[later]] = common[later];
+    PutSigns(later, negative, common);
+    for (std::size_t i = 0; i < later; ++i) {
+      pulses.common[kRanks[later]][kRanks[i]] = common[i];
+      pulses.common[kRanks[i]][kRanks[later]] = common[i];
+    }
+  }
+}
+
+void SetEnergies(const Subframe& response, const Subframe& backward, Pulses& pulses) noexcept {
+  Subframe negative;
+  std::ranges::transform(backward, negative.begin(),
+                         [](Word gain) { return static_cast<Word>(gain >> 15); });
+  // No sum is greater than the energy.
+  if (Correlate(response.data(), response.data()).saturated) {
+    SetEnergies(response, negative, MultiplyAdd, pulses);
+  } else {
+    SetEnergies(
+        response, negative, [](Long sum, Word a, Word b) { return sum + 2 * a * b; }, pulses);
   }
 }
 
@@ -212,8 +240,9 @@ void AddResponse(const Subframe& response, std::size_t position, bool negative,
 
 FixedCode SearchFixedCode(const Subframe& target, const Subframe& response) noexcept {
   Pulses pulses;
-  SetGains(FilterBackward(target, response), pulses);
-  SetEnergies(Level(response), pulses);
+  const Subframe backward = FilterBackward(target, response);
+  SetGains(backward, pulses);
+  SetEnergies(Level(response), backward, pulses);
   const auto ranks = Search(pulses);
 
   FixedCode code{.positions = PositionsOf(ranks)};

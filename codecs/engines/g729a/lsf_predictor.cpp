@@ -22,10 +22,9 @@ void Stabilize(LineSpectrum& frequencies) noexcept {
   frequencies[kOrder - 1] = std::min(frequencies[kOrder - 1], kMost);
 }
 
-}  // namespace
-
-void Spread(LineSpectrum& frequencies, std::size_t first, std::size_t end, Word gap) noexcept {
-  for (std::size_t i = first; i < end; ++i) {
+// Moves the frequencies apart, each and the one before by half of what they lack of the gap.
+void Spread(LineSpectrum& frequencies, Word gap) noexcept {
+  for (std::size_t i = 1; i < kOrder; ++i) {
     const Word lacking = Add(Subtract(frequencies[i - 1], frequencies[i]), gap);
     const Word half = ShiftRight(lacking, 1);
     if (half <= 0) continue;
@@ -34,16 +33,22 @@ void Spread(LineSpectrum& frequencies, std::size_t first, std::size_t end, Word 
   }
 }
 
-LineSpectrum LSFPredictor::Decode(const LSFIndices& indices) noexcept {
+}  // namespace
+
+LineSpectrum ResidualFrom(const LSFIndices& indices) noexcept {
   const LineSpectrum& first = kFirstStage[indices.first];
   LineSpectrum residual;
   for (std::size_t i = 0; i < kOrder; ++i) {
     const unsigned second = i < kOrder / 2 ? indices.low : indices.high;
     residual[i] = Add(first[i], kSecondStage[second][i]);
   }
-  Spread(residual, 1, kOrder, 10);
-  Spread(residual, 1, kOrder, 5);
+  Spread(residual, 10);
+  Spread(residual, 5);
+  return residual;
+}
 
+LineSpectrum LSFPredictor::Decode(const LSFIndices& indices) noexcept {
+  const LineSpectrum residual = ResidualFrom(indices);
   predictor_ = indices.predictor;
   for (std::size_t i = 0; i < kOrder; ++i) {
     Long sum = LongMultiply(residual[i], kResidualWeights[predictor_][i]);

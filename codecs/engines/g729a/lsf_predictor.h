@@ -3,7 +3,6 @@
 #pragma once
 
 #include <array>
-#include <cstddef>
 
 #include "codecs/engines/fixed_point.h"
 #include "codecs/engines/g729a/frame.h"
@@ -38,9 +37,7 @@ class LSFPredictor {
   unsigned predictor_ = 0;
 };
 
-/// Moves the frequencies from `first` to `end` - 1 apart, each and the one before by half of what
-/// they lack of the gap. @param gap  Q13.
-void Spread(LineSpectrum& frequencies, std::size_t first, std::size_t end,
-            fixed_point::Word gap) noexcept;
+/// The residual that a frame's indices stand for, with gaps between the frequencies.
+LineSpectrum ResidualFrom(const LSFIndices& indices) noexcept;
 
 }  // namespace Quorvex::g729a

@@ -44,7 +44,8 @@ Long CorrelationAt(std::size_t lag, const Windowed& samples) noexcept {
 Correlation Correlate(const Word* samples) noexcept {
   Windowed windowed{};
   for (std::size_t n = 0; n < kAnalysisSamples; ++n) {
-    windowed[n] = MultiplyRounded(samples[n], kAnalysisWindow[n]);
+    // The window is positive, so the product fits.
+    windowed[n] = static_cast<Word>((Long{samples[n]} * kAnalysisWindow[n] + 0x4000) >> 15);
   }
   std::int64_t energy = EnergyOf(windowed);
   while (energy > kMostLong) {

@@ -3,6 +3,7 @@
 #include "codecs/engines/g729a/lsf_search.h"
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -42,42 +43,69 @@ LineSpectrum WeightsOf(const LineSpectrum& frequencies) noexcept {
   return weights;
 }
 
-// The sums below have no negative term, so a sum that would saturate is one that is not less than
-// the largest number: with 64 bits the loops need not ask.
-
-unsigned SearchFirst(const LineSpectrum& target) noexcept {
-  unsigned best = 0;
-  std::int64_t least = kMostLong;
-  for (unsigned row = 0; row < kFirstStage.size(); ++row) {
-    std::int64_t sum = 0;
+// A codebook by its columns, so that one instruction takes several rows.
+template <std::size_t kRows>
+class Codebook {
+ public:
+  constexpr explicit Codebook(const std::array<LineSpectrum, kRows>& rows) noexcept {
     for (std::size_t i = 0; i < kOrder; ++i) {
-      const Word error = Subtract(target[i], kFirstStage[row][i]);
-      sum += Long{error} * error;
+      for (std::size_t row = 0; row < kRows; ++row) columns_[i][row] = rows[row][i];
+      const auto [least, most] = std::ranges::minmax(columns_[i]);
+      least_[i] = least;
+      most_[i] = most;
     }
-    if (2 * sum >= least) continue;
-    least = 2 * sum;
-    best = row;
   }
-  return best;
-}
 
-// @param target  what the first stage leaves. @param begin  of the half: its first frequency.
-unsigned SearchSecond(const LineSpectrum& target, const LineSpectrum& weights,
-                      std::size_t begin) noexcept {
-  unsigned best = 0;
-  std::int64_t least = kMostLong;
-  for (unsigned row = 0; row < kSecondStage.size(); ++row) {
-    std::int64_t sum = 0;
-    for (std::size_t i = begin; i < begin + kHalfOrder; ++i) {
-      const Word error = Subtract(target[i], kSecondStage[row][i]);
-      sum += Long{Multiply(weights[i], error)} * error;
-    }
-    if (2 * sum >= least) continue;
-    least = 2 * sum;
-    best = row;
+  // The first row with the least sum of weigh(place, error) x error over the frequencies from
+  // `begin` to `end` - 1. Row 0, if all sums saturate.
+  // @param weigh  returns an error no larger, of the same sign; it may round down.
+  template <class Weigh>
+  unsigned Search(const LineSpectrum& target, std::size_t begin, std::size_t end,
+                  const Weigh& weigh) const noexcept {
+    return MostDistance(target, begin, end) < 1 << 30
+               ? SearchBy<Long, Difference>(target, begin, end, weigh)
+               : SearchBy<std::int64_t, Subtract>(target, begin, end, weigh);
   }
-  return best;
-}
+
+ private:
+  // Of numbers that are near enough.
+  static constexpr Word Difference(Word a, Word b) noexcept { return static_cast<Word>(a - b); }
+
+  // What no row's sum of squared errors is larger than. @return at most 10 x 2^32.
+  std::int64_t MostDistance(const LineSpectrum& target, std::size_t begin,
+                            std::size_t end) const noexcept {
+    std::int64_t sum = 0;
+    for (std::size_t i = begin; i < end; ++i) {
+      const std::int64_t error = std::max(target[i] - least_[i], most_[i] - target[i]);
+      sum += error * error;
+    }
+    return sum;
+  }
+
+  // No term is negative, so a doubled sum that would saturate is one of 2^30 and more.
+  // @param Sum, kSubtract  with which neither sums nor errors overflow.
+  template <class Sum, auto kSubtract, class Weigh>
+  unsigned SearchBy(const LineSpectrum& target, std::size_t begin, std::size_t end,
+                    const Weigh& weigh) const noexcept {
+    std::array<Sum, kRows> sums{};
+    for (std::size_t i = begin; i < end; ++i) {
+      for (std::size_t row = 0; row < kRows; ++row) {
+        const Word error = kSubtract(target[i], columns_[i][row]);
+        sums[row] += Long{weigh(i, error)} * error;
+      }
+    }
+    Sum least = (1 << 30) - 1;
+    for (const Sum sum : sums) least = std::min(least, sum);
+    const auto* const best = std::ranges::find(sums, least);
+    return best != sums.end() ? static_cast<unsigned>(best - sums.begin()) : 0;
+  }
+
+  std::array<std::array<Word, kRows>, kOrder> columns_{};
+  LineSpectrum least_{}, most_{};
+};
+
+constexpr Codebook kFirst(kFirstStage);
+constexpr Codebook kSecond(kSecondStage);
 
 struct Candidate {
   LSFIndices indices;
@@ -99,13 +127,17 @@ Candidate Search(const LineSpectrum& target, const LineSpectrum& weights,
                  unsigned predictor) noexcept {
   LSFIndices indices;
   indices.predictor = predictor;
-  indices.first = SearchFirst(target);
+  indices.first = kFirst.Search(target, 0, kOrder, [](std::size_t, Word error) { return error; });
   LineSpectrum rest;
   for (std::size_t i = 0; i < kOrder; ++i) {
     rest[i] = Subtract(target[i], kFirstStage[indices.first][i]);
   }
-  indices.low = SearchSecond(rest, weights, 0);
-  indices.high = SearchSecond(rest, weights, kHalfOrder);
+  // No weight is negative, so the product does not saturate.
+  const auto weigh = [&weights](std::size_t i, Word error) {
+    return static_cast<Word>(Long{weights[i]} * error >> 15);
+  };
+  indices.low = kSecond.Search(rest, 0, kHalfOrder, weigh);
+  indices.high = kSecond.Search(rest, kHalfOrder, kOrder, weigh);
   return {indices, Distance(ResidualFrom(indices), target, weights, predictor)};
 }
 

@@ -4,6 +4,7 @@
 
 #include "codecs/engines/engine_functions.h"
 #include "codecs/engines/g729a/decoder.h"
+#include "codecs/engines/g729a/encoder.h"
 #include "codecs/engines/g729a/frame.h"
 
 namespace Quorvex {
@@ -18,7 +19,7 @@ struct G729A {
                                        .bitRateCount = 0};
   static constexpr int kBitRates[] = {8000};
   using Decoder = g729a::Decoder;
-  using Encoder = NoCoder;
+  using Encoder = g729a::Encoder;
 
   static std::size_t FrameBytes(int, unsigned char) noexcept { return g729a::kFrameBytes; }
 };

@@ -1,12 +1,14 @@
-// The speech codecs beside libspandsp and libavcodec. What is timed is compared first: the program
-// fails when the PCM of G.722 is not the same in all of them.
+// The speech codecs beside libspandsp, libbcg729 and libavcodec. What is timed is compared first:
+// the program fails when the PCM of G.722 is not the same in all of them, or when that of G.729A,
+// which the others do not decode exactly, is not nearly the same.
 //
 // With the environment's CODEC_VECTORS, a folder of conformance vectors, G.722.1 is timed as well;
 // no other library decodes it, so G.722 of libavcodec is what it is measured by.
-#include <MediaAccessor/ownership.h>
+#include <MediaAccessor/all.h>
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -19,46 +21,53 @@
 
 #include "benchmarks/comparison.h"
 #include "benchmarks/noise.h"
-
-extern "C" {
-#include <libavcodec/avcodec.h>
-}
-#include <spandsp.h>
+#include "benchmarks/speech_codec_peers.h"
+#include "codecs/engine.h"
 
 namespace {
 
 using namespace Quorvex;
+using benchmarks::Bytes;
+using benchmarks::kBlock;
+using benchmarks::LibavcodecDecoder;
+using benchmarks::Samples;
 
-using Bytes = std::vector<unsigned char>;
-using Samples = std::vector<short>;
+using AvCodec = LibavcodecDecoder::Codec;
 
-constexpr int kSeconds = 4;
-constexpr int kFrequency = 16000;     // Hz
-constexpr std::size_t kBlock = 3360;  // bytes: whole frames at each of G.722's rates
-
+template <class Element>
 class Collector final : public CMediaSink {
  public:
-  explicit Collector(Samples& samples) : samples_(samples) {}
+  explicit Collector(std::vector<Element>& elements) : elements_(elements) {}
   QVERRORCODE_TAG SetChannelCount(int) override { return QVERR_OK; }
   QVERRORCODE_TAG Write(const void* data, unsigned long count) override {
-    const auto* const begin = static_cast<const short*>(data);
-    samples_.insert(samples_.end(), begin, begin + count);
+    const auto* const begin = static_cast<const Element*>(data);
+    elements_.insert(elements_.end(), begin, begin + count);
     return QVERR_OK;
   }
 
  private:
-  Samples& samples_;
+  std::vector<Element>& elements_;
 };
 
-// What libspandsp makes of noise.
-Bytes Encode(int bitRate) {
-  const Samples noise = benchmarks::Noise(std::size_t{kSeconds} * kFrequency, 8000);
-  g722_encode_state_t* const state = g722_encode_init(nullptr, bitRate, G722_PACKED);
-  Bytes bytes(noise.size());
-  bytes.resize(static_cast<std::size_t>(
-      g722_encode(state, bytes.data(), noise.data(), static_cast<int>(noise.size()))));
-  g722_encode_free(state);
-  return bytes;
+// What libspandsp makes of 4 s of noise.
+Bytes CodedNoise(int bitRate) {
+  return benchmarks::EncodeSpandsp(bitRate, benchmarks::Noise(std::size_t{4} * 16000, 8000));
+}
+
+// The caller of the bundled recording, and then the agent.
+Samples Speech() {
+  Samples speech;
+  for (const int side : {0, 1}) {
+    MediaFilePtr file;
+    if (MediaFileOpen(RECORDINGS "/call.wav", file) != QVERR_OK) return {};
+    file->SelectChannel(side);
+    const short* samples = nullptr;
+    unsigned long frames = 0;
+    while (file->ReadBlock(samples, frames) == QVERR_OK && frames > 0) {
+      speech.insert(speech.end(), samples, samples + frames);
+    }
+  }
+  return speech;
 }
 
 Samples DecodeOurs(IPPDecoder& decoder, const Bytes& bytes) {
@@ -74,64 +83,25 @@ Samples DecodeOurs(IPPDecoder& decoder, const Bytes& bytes) {
   return samples;
 }
 
-Samples DecodeSpandsp(int bitRate, const Bytes& bytes) {
-  g722_decode_state_t* const state = g722_decode_init(nullptr, bitRate, G722_PACKED);
-  Samples samples(bytes.size() * 4);
-  std::size_t count = 0;
-  for (std::size_t i = 0; i < bytes.size(); i += kBlock) {
-    const std::size_t taken = std::min(kBlock, bytes.size() - i);
-    count += static_cast<std::size_t>(
-        g722_decode(state, samples.data() + count, bytes.data() + i, static_cast<int>(taken)));
+Bytes EncodeOurs(IPPEncoder& encoder, const Samples& samples) {
+  Bytes bytes;
+  bytes.reserve(samples.size());
+  Collector collector(bytes);
+  encoder.Reset();
+  encoder.SetSink(&collector);
+  for (std::size_t i = 0; i < samples.size(); i += kBlock) {
+    const std::size_t count = std::min(kBlock, samples.size() - i);
+    encoder.Write(samples.data() + i, static_cast<unsigned long>(count));
   }
-  g722_decode_free(state);
-  samples.resize(count);
-  return samples;
+  return bytes;
 }
-
-// At 64 kbit/s.
-class LibavcodecDecoder {
- public:
-  LibavcodecDecoder() {
-    const AVCodec* const codec = avcodec_find_decoder(AV_CODEC_ID_ADPCM_G722);
-    context_ = avcodec_alloc_context3(codec);
-    context_->sample_rate = kFrequency;
-    av_channel_layout_default(&context_->ch_layout, 1);
-    isOpen_ = avcodec_open2(context_, codec, nullptr) == 0;
-    packet_ = av_packet_alloc();
-    frame_ = av_frame_alloc();
-  }
-  ~LibavcodecDecoder() {
-    av_frame_free(&frame_);
-    av_packet_free(&packet_);
-    avcodec_free_context(&context_);
-  }
-  LibavcodecDecoder(const LibavcodecDecoder&) = delete;
-  LibavcodecDecoder& operator=(const LibavcodecDecoder&) = delete;
-
-  Samples Decode(const Bytes& bytes) {
-    Samples samples;
-    if (!isOpen_) return samples;
-    samples.reserve(bytes.size() * 2);
-    for (std::size_t i = 0; i < bytes.size(); i += kBlock) {
-      packet_->data = const_cast<unsigned char*>(bytes.data() + i);
-      packet_->size = static_cast<int>(std::min(kBlock, bytes.size() - i));
-      if (avcodec_send_packet(context_, packet_) != 0) break;
-      if (avcodec_receive_frame(context_, frame_) != 0) break;
-      const auto* const begin = reinterpret_cast<const short*>(frame_->data[0]);
-      samples.insert(samples.end(), begin, begin + frame_->nb_samples);
-    }
-    return samples;
-  }
-
- private:
-  AVCodecContext* context_ = nullptr;
-  AVPacket* packet_ = nullptr;
-  AVFrame* frame_ = nullptr;
-  bool isOpen_ = false;
-};
 
 std::shared_ptr<IPPDecoder> MakeDecoder(IPPCoder::CODEC codec, long bitRate) {
   return {IPPDecoder::CreateInstance(codec, bitRate), ObjectReleaser()};
+}
+
+std::shared_ptr<IPPEncoder> MakeEncoder(IPPCoder::CODEC codec) {
+  return {IPPEncoder::CreateInstance(codec), ObjectReleaser()};
 }
 
 void AddOurs(const std::string& job, IPPCoder::CODEC codec, long bitRate, const Bytes& bytes) {
@@ -141,8 +111,9 @@ void AddOurs(const std::string& job, IPPCoder::CODEC codec, long bitRate, const 
   });
 }
 
-void AddLibavcodec(const std::string& job, const std::string& who, const Bytes& bytes) {
-  const auto decoder = std::make_shared<LibavcodecDecoder>();
+void AddLibavcodec(const std::string& job, const std::string& who, AvCodec codec,
+                   const Bytes& bytes) {
+  const auto decoder = std::make_shared<LibavcodecDecoder>(codec);
   benchmarks::Add(job, who, "sample",
                   [=] { return static_cast<unsigned long long>(decoder->Decode(bytes).size()); });
 }
@@ -154,20 +125,20 @@ bool AreEqual(const Samples& ours, const Samples& peers) {
 }
 
 bool AddG722(int bitRate) {
-  const Bytes bytes = Encode(bitRate);
+  const Bytes bytes = CodedNoise(bitRate);
   const std::string job = "G.722 decoding at " + std::to_string(bitRate) + " bit/s";
-  const Samples peers = DecodeSpandsp(bitRate, bytes);
+  const Samples peers = benchmarks::DecodeSpandsp(bitRate, bytes);
   const auto decoder = MakeDecoder(IPPCoder::G722, bitRate);
   const Samples ours = DecodeOurs(*decoder, bytes);
   if (!AreEqual(ours, peers) ||
-      (bitRate == 64000 && !AreEqual(ours, LibavcodecDecoder().Decode(bytes)))) {
+      (bitRate == 64000 && !AreEqual(ours, LibavcodecDecoder(AvCodec::kG722).Decode(bytes)))) {
     std::fprintf(stderr, "%s: the decoders do not agree\n", job.c_str());
     return false;
   }
   AddOurs(job, IPPCoder::G722, bitRate, bytes);
-  if (bitRate == 64000) AddLibavcodec(job, "libavcodec", bytes);
+  if (bitRate == 64000) AddLibavcodec(job, "libavcodec", AvCodec::kG722, bytes);
   benchmarks::Add(job, "libspandsp", "sample", [=] {
-    return static_cast<unsigned long long>(DecodeSpandsp(bitRate, bytes).size());
+    return static_cast<unsigned long long>(benchmarks::DecodeSpandsp(bitRate, bytes).size());
   });
   return true;
 }
@@ -181,26 +152,114 @@ void AddG7221() {
   if (bytes.empty() || MakeDecoder(IPPCoder::G722_1, 24000) == nullptr) return;
   const std::string job = "G.722.1 decoding at 24000 bit/s";
   AddOurs(job, IPPCoder::G722_1, 24000, bytes);
-  AddLibavcodec(job, "its G.722", Encode(64000));
+  AddLibavcodec(job, "its G.722", AvCodec::kG722, CodedNoise(64000));
+}
+
+struct Likeness {
+  double correlation;
+  double level;  // dB, of the second above the first
+};
+
+// @param delay  samples, of the second.
+Likeness Compare(const Samples& first, const Samples& second, std::size_t delay = 0) {
+  double product = 0, firstSquare = 1e-9, secondSquare = 1e-9;
+  for (std::size_t i = delay; i < std::min(first.size() + delay, second.size()); ++i) {
+    product += 1.0 * first[i - delay] * second[i];
+    firstSquare += 1.0 * first[i - delay] * first[i - delay];
+    secondSquare += 1.0 * second[i] * second[i];
+  }
+  return {product / std::sqrt(firstSquare * secondSquare),
+          10 * std::log10(secondSquare / firstSquare)};
+}
+
+// The frames of either encoder have to be as near to the speech, heard through the same decoder,
+// and those of ours have to sound the same through either decoder.
+bool IsG729ARight(const Samples& speech, const Bytes& frames) {
+  constexpr std::size_t kLookAhead = 40;  // samples by which the codec delays
+  const Samples peers = benchmarks::DecodeBcg729(frames);
+  const Samples ours = DecodeOurs(*MakeDecoder(IPPCoder::G729A, 0), frames);
+  const Samples peersAlone = benchmarks::DecodeBcg729(benchmarks::EncodeBcg729(speech));
+  const Likeness decoders = Compare(peers, ours);
+  const Likeness encoder = Compare(speech, peers, kLookAhead);
+  const Likeness peersEncoder = Compare(speech, peersAlone, kLookAhead);
+  std::printf(
+      "G.729A, decoders: correlation %.4f, level %+.2f dB; encoders: correlation with the speech "
+      "%.3f, libbcg729's %.3f, level %+.2f dB, %+.2f dB\n",
+      decoders.correlation, decoders.level, encoder.correlation, peersEncoder.correlation,
+      encoder.level, peersEncoder.level);
+  return ours.size() == speech.size() && decoders.correlation > 0.998 &&
+         std::abs(decoders.level) < 0.1 && encoder.correlation > peersEncoder.correlation - 0.02 &&
+         std::abs(encoder.level - peersEncoder.level) < 0.5;
+}
+
+bool AddG729A() {
+  const Samples speech = Speech();
+  const auto encoder = MakeEncoder(IPPCoder::G729A);
+  const Bytes frames = encoder != nullptr ? EncodeOurs(*encoder, speech) : Bytes();
+  if (frames.empty() || !IsG729ARight(speech, frames)) {
+    std::fprintf(stderr, "G.729A: too far from libbcg729\n");
+    return false;
+  }
+  const std::string decoding = "G.729A decoding";
+  AddOurs(decoding, IPPCoder::G729A, 0, frames);
+  benchmarks::Add(decoding, "libbcg729", "sample", [=] {
+    return static_cast<unsigned long long>(benchmarks::DecodeBcg729(frames).size());
+  });
+  AddLibavcodec(decoding, "libavcodec", AvCodec::kG729A, frames);
+  const std::string encoding = "G.729A encoding";
+  benchmarks::Add(encoding, "ours", "sample",
+                  [=] { return EncodeOurs(*encoder, speech).empty() ? 0ULL : speech.size(); });
+  benchmarks::Add(encoding, "libbcg729", "sample",
+                  [=] { return benchmarks::EncodeBcg729(speech).empty() ? 0ULL : speech.size(); });
+  return true;
 }
 
 void AddCreation() {
   const std::string job = "making a decoder";
-  benchmarks::Add(job, "ours, G.722", "decoder", [] {
-    return static_cast<unsigned long long>(MakeDecoder(IPPCoder::G722, 64000) != nullptr);
-  });
-  benchmarks::Add(job, "ours, G.722.1", "decoder", [] {
-    return static_cast<unsigned long long>(MakeDecoder(IPPCoder::G722_1, 24000) != nullptr);
-  });
+  const struct {
+    const char* who;
+    IPPCoder::CODEC codec;
+    long bitRate;
+  } ours[] = {{"ours, G.722", IPPCoder::G722, 64000},
+              {"ours, G.722.1", IPPCoder::G722_1, 24000},
+              {"ours, G.729A", IPPCoder::G729A, 0}};
+  for (const auto& [who, codec, bitRate] : ours) {
+    benchmarks::Add(job, who, "decoder", [codec = codec, bitRate = bitRate] {
+      return static_cast<unsigned long long>(MakeDecoder(codec, bitRate) != nullptr);
+    });
+  }
   benchmarks::Add(job, "libspandsp", "decoder", [] {
-    g722_decode_state_t* const state = g722_decode_init(nullptr, 64000, G722_PACKED);
-    g722_decode_free(state);
+    benchmarks::MakeSpandspDecoder();
+    return 1ULL;
+  });
+  benchmarks::Add(job, "libbcg729", "decoder", [] {
+    benchmarks::MakeBcg729Decoder();
     return 1ULL;
   });
   benchmarks::Add(job, "libavcodec", "decoder", [] {
-    const LibavcodecDecoder decoder;
+    const LibavcodecDecoder decoder(AvCodec::kG722);
     return 1ULL;
   });
+}
+
+void PrintMemory() {
+  const struct {
+    const char* engine;
+    const char* who;
+    EngineDirection direction;
+  } coders[] = {{"IPP_G722", "decoder", EngineDirection::kDecode},
+                {"IPP_G722.1", "decoder", EngineDirection::kDecode},
+                {"IPP_G729A", "decoder", EngineDirection::kDecode},
+                {"IPP_G729A", "encoder", EngineDirection::kEncode}};
+  for (const auto& [name, who, direction] : coders) {
+    const SpeechEngine* const engine = FindSpeechEngine(name);
+    const EngineOptions options{.direction = direction, .modes = {}};
+    std::vector<MemoryBank> banks(static_cast<std::size_t>(engine->BankCount(options)));
+    engine->BankSizes(options, banks.data());
+    std::size_t bytes = 0;
+    for (const MemoryBank& bank : banks) bytes += bank.bytes;
+    std::printf("%-10s %s: %zu bytes\n", name, who, bytes);
+  }
 }
 
 }  // namespace
@@ -210,6 +269,8 @@ int main(int argc, char** argv) {
     if (!AddG722(bitRate)) return EXIT_FAILURE;
   }
   AddG7221();
+  if (!AddG729A()) return EXIT_FAILURE;
   AddCreation();
+  PrintMemory();
   return benchmarks::RunAll(argc, argv);
 }

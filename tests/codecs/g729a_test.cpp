@@ -1,14 +1,16 @@
-// G.729A: frames that are lost or damaged. That its samples are exact is checked with the
-// standard's vectors.
+// G.729A: frames that are lost or damaged, and speech there and back. That its samples and frames
+// are exact is checked with the standard's vectors.
 #include <gtest/gtest.h>
 
 #include <array>
 #include <bit>
 #include <cmath>
 #include <random>
+#include <string>
 #include <vector>
 
 #include "tests/engine_coder.h"
+#include "tests/test_files.h"
 
 namespace Quorvex {
 namespace {
@@ -92,6 +94,78 @@ TEST(G729A, WhatFollowsLostFramesFadesAndIsNotMuted) {
   const double before = Level(decoder(Noise(10)));
   for (int i = 0; i < 20; ++i) EXPECT_GT(Level(decoder(Noise(1), true)), before / 100) << i;
   EXPECT_LT(Level(decoder(Noise(40), true), 20 * kFrame), before / 10);
+}
+
+struct Encoder {
+  Frames operator()(const Samples& samples) const {
+    Frames frames(samples.size() / kFrame);
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+      std::size_t bytes = 0;
+      EXPECT_EQ(coder.Encode(&samples[i * kFrame], frames[i].data(), bytes), EngineStatus::kOk);
+      EXPECT_EQ(bytes, frames[i].size());
+    }
+    return frames;
+  }
+
+  unsigned char fill = 0xA5;
+  const tests::EngineCoder coder{
+      Engine(), {.direction = EngineDirection::kEncode, .modes = {.bitRate = 8000}}, fill};
+};
+
+// The caller.
+Samples Speech() {
+  const Samples words = tests::ReadSamples(std::string(MEDIA_ACCESSOR_RECORDINGS) + "/call.wav");
+  Samples samples;
+  for (std::size_t i = 22; i < words.size(); i += 2) samples.push_back(words[i]);
+  return samples;
+}
+
+TEST(G729A, BeginsAnewWhateverWasInItsMemory) {
+  const Encoder encoder{0x00};
+  const Frames frames = encoder(Speech());
+  const Decoder decoder{0x00};
+  const Samples decoded = decoder(frames);
+  EXPECT_EQ(Encoder{0xFF}(Speech()), frames);
+  EXPECT_EQ(Decoder{0xFF}(frames), decoded);
+  for (EngineHandle* const handle : {encoder.coder.Handle(), decoder.coder.Handle()}) {
+    EXPECT_EQ(Engine().Reinitialize({.bitRate = 8000}, handle), EngineStatus::kOk);
+  }
+  EXPECT_EQ(encoder(Speech()), frames);
+  EXPECT_EQ(decoder(frames), decoded);
+}
+
+// The encoder looks 40 samples ahead. The codec keeps what one hears, not the waveform.
+TEST(G729A, SpeechThereAndBack) {
+  const Samples speech = Speech();
+  const Samples decoded = Decoder()(Encoder()(speech));
+  const auto correlation = [&](std::size_t delay) {
+    double sum = 0;
+    for (std::size_t i = delay; i < decoded.size(); ++i)
+      sum += 1.0 * speech[i - delay] * decoded[i];
+    return sum / (Level(speech) * Level(decoded) * static_cast<double>(decoded.size()));
+  };
+  EXPECT_NEAR(Level(decoded) / Level(speech), 0.9, 0.1);
+  EXPECT_GT(correlation(40), 0.8);
+  for (const std::size_t delay : {38U, 39U, 41U, 42U}) {
+    EXPECT_LT(correlation(delay), correlation(40)) << delay;
+  }
+}
+
+// The filter of the input takes away what does not change.
+TEST(G729A, ExtremesThereAndBack) {
+  const struct {
+    int low, high;  // three samples of each in turn
+    double least, most;
+  } cases[] = {{0, 0, 0, 2}, {-32768, -32768, 0, 2}, {-32768, 32767, 20000, 32768}};
+  for (const auto& c : cases) {
+    Samples samples(100 * kFrame);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      samples[i] = static_cast<short>(i / 3 % 2 == 0 ? c.high : c.low);
+    }
+    const double level = Level(Decoder()(Encoder()(samples)), samples.size() / 2);
+    EXPECT_GE(level, c.least) << c.low;
+    EXPECT_LE(level, c.most) << c.low;
+  }
 }
 
 }  // namespace

@@ -33,6 +33,14 @@ class EngineRun {
     if (HasEncoder()) Start(encoders_, EngineDirection::kEncode);
   }
 
+  /// A frame of PCM that is coded and decoded. @return as Step.
+  bool CodeStep() {
+    Require(encoders_[0].has_value());
+    if (input_.Rest().empty()) return false;
+    CodeAndDecode();
+    return true;
+  }
+
   /// A coded frame of any or of the right size, an erased one, another bit rate, another stream, or
   /// a frame of PCM that is coded and decoded. @return false at the end of the input.
   bool Step() {
@@ -217,12 +225,14 @@ class EngineRun {
 };
 
 /// One input of a target.
-inline int FuzzEngine(std::string_view name, const std::uint8_t* data, std::size_t size) {
+/// @tparam kStep  what is done as long as there is input.
+template <bool (EngineRun::*kStep)() = &EngineRun::Step>
+int FuzzEngine(std::string_view name, const std::uint8_t* data, std::size_t size) {
   static const Quorvex::SpeechEngine* const engine = Quorvex::FindSpeechEngine(name);
   Require(engine != nullptr);
   Input input(data, size);
   EngineRun run(*engine, input);
-  while (run.Step()) {
+  while ((run.*kStep)()) {
   }
   return 0;
 }

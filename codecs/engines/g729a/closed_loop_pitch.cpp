@@ -19,11 +19,12 @@ constexpr Word kMostPitchGain = 19661;  // 1.2
 constexpr int kFirstLags = 7;
 constexpr int kSecondLags = 10;
 
-int BestWholeLag(int least, int count, const Subframe& backward, const Word* excitation) noexcept {
+int BestWholeLag(int least, int count, const Correlator& backward,
+                 const Word* excitation) noexcept {
   int best = least;
   Long most = kLeastLong;
   for (int lag = least; lag < least + count; ++lag) {
-    const Long likeness = Correlate(backward.data(), excitation - lag).value;
+    const Long likeness = backward.With(excitation - lag).value;
     if (likeness > most) {
       most = likeness;
       best = lag;
@@ -34,14 +35,14 @@ int BestWholeLag(int least, int count, const Subframe& backward, const Word* exc
 
 // Tries what is a third before and after a whole lag, whose excitation is there already. Leaves
 // the excitation of the best.
-int BestThird(Lag lag, const Subframe& backward, Word* excitation) noexcept {
+int BestThird(Lag lag, const Correlator& backward, Word* excitation) noexcept {
   int best = 0;
-  Long most = Correlate(backward.data(), excitation).value;
+  Long most = backward.With(excitation).value;
   Subframe kept;
   std::copy_n(excitation, kSubframeSamples, kept.begin());
   for (const int thirds : {-1, 1}) {
     RepeatExcitation({lag.samples, thirds}, excitation);
-    const Long likeness = Correlate(backward.data(), excitation).value;
+    const Long likeness = backward.With(excitation).value;
     if (likeness <= most) continue;
     most = likeness;
     best = thirds;
@@ -60,18 +61,18 @@ Subframe Quarter(const Subframe& samples) noexcept {
 }
 
 Scaled EnergyOf(const Subframe& filtered) noexcept {
-  const Sum sum = Correlate(filtered.data(), filtered.data(), 1);
+  const Sum sum = Correlator(filtered).With(filtered, 1);
   if (!sum.saturated) return Normalize(sum.value);
   const Subframe quarter = Quarter(filtered);
-  Scaled energy = Normalize(Correlate(quarter.data(), quarter.data(), 1).value);
+  Scaled energy = Normalize(Correlator(quarter).With(quarter, 1).value);
   energy.shift -= 4;
   return energy;
 }
 
 Scaled LikenessOf(const Subframe& target, const Subframe& filtered) noexcept {
-  const Sum sum = Correlate(target.data(), filtered.data());
+  const Sum sum = Correlator(target).With(filtered);
   if (!sum.saturated) return Normalize(sum.value);
-  Scaled likeness = Normalize(Correlate(target.data(), Quarter(filtered).data()).value);
+  Scaled likeness = Normalize(Correlator(target).With(Quarter(filtered)).value);
   likeness.shift -= 2;
   return likeness;
 }
@@ -79,18 +80,20 @@ Scaled LikenessOf(const Subframe& target, const Subframe& filtered) noexcept {
 }  // namespace
 
 CodedLag SearchFirstLag(int openLoopLag, const Subframe& backward, Word* excitation) noexcept {
+  const Correlator correlator(backward);
   const int least = std::clamp(openLoopLag - kFirstLags / 2, kLeastLag, kMostLag + 1 - kFirstLags);
-  Lag lag{.samples = BestWholeLag(least, kFirstLags, backward, excitation)};
+  Lag lag{.samples = BestWholeLag(least, kFirstLags, correlator, excitation)};
   RepeatExcitation(lag, excitation);
-  if (lag.samples <= kMostFirstLagWithThirds) lag.thirds = BestThird(lag, backward, excitation);
+  if (lag.samples <= kMostFirstLagWithThirds) lag.thirds = BestThird(lag, correlator, excitation);
   return {lag, FirstIndex(lag)};
 }
 
 CodedLag SearchSecondLag(int firstLag, const Subframe& backward, Word* excitation) noexcept {
+  const Correlator correlator(backward);
   const int least = LeastSecondLag(firstLag);
-  Lag lag{.samples = BestWholeLag(least, kSecondLags, backward, excitation)};
+  Lag lag{.samples = BestWholeLag(least, kSecondLags, correlator, excitation)};
   RepeatExcitation(lag, excitation);
-  lag.thirds = BestThird(lag, backward, excitation);
+  lag.thirds = BestThird(lag, correlator, excitation);
   return {lag, SecondIndex(lag, least)};
 }
 

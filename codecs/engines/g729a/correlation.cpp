@@ -6,7 +6,8 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
+
+#include "codecs/engines/sums_of_products.h"
 
 namespace Quorvex::g729a {
 
@@ -15,25 +16,6 @@ using namespace fixed_point;
 namespace {
 
 using LongSubframe = std::array<Long, kSubframeSamples>;
-
-Long SumOfMagnitudes(const Word* samples) noexcept {
-  Long sum = 0;
-  for (std::size_t i = 0; i < kSubframeSamples; ++i) sum += std::abs(Long{samples[i]});
-  return sum;
-}
-
-Long Peak(const Word* samples) noexcept {
-  Long peak = 0;
-  for (std::size_t i = 0; i < kSubframeSamples; ++i) {
-    peak = std::max(peak, std::abs(Long{samples[i]}));
-  }
-  return peak;
-}
-
-// No sum of products of these, in any order, is greater.
-std::int64_t Bound(const Word* a, const Word* b) noexcept {
-  return 2 * std::int64_t{SumOfMagnitudes(a)} * Peak(b);
-}
 
 Sum CorrelateSaturating(const Word* a, const Word* b, Long start) noexcept {
   Sum sum{.value = start};
@@ -46,10 +28,11 @@ Sum CorrelateSaturating(const Word* a, const Word* b, Long start) noexcept {
   return sum;
 }
 
-// What a response from each place on has in common with the target, as 2 x 32 bits where needed.
+// What a response from each place on has in common with the target.
 LongSubframe BackwardSums(const Subframe& target, const Subframe& response) noexcept {
   LongSubframe sums = {};
-  if (Bound(target.data(), response.data()) <= kMostLong) {
+  const std::int64_t weights = SumOfMagnitudes(response.data(), kSubframeSamples);
+  if (weights * Peak(target.data(), kSubframeSamples) < kSumLimit) {
     for (std::size_t k = 0; k < kSubframeSamples; ++k) {
       for (std::size_t i = 0; i + k < kSubframeSamples; ++i) {
         sums[i] += 2 * target[i + k] * response[k];
@@ -67,11 +50,13 @@ LongSubframe BackwardSums(const Subframe& target, const Subframe& response) noex
 
 }  // namespace
 
-Sum Correlate(const Word* a, const Word* b, Long start) noexcept {
-  if (start + Bound(a, b) > kMostLong) return CorrelateSaturating(a, b, start);
-  Long sum = 0;
-  for (std::size_t i = 0; i < kSubframeSamples; ++i) sum += Long{a[i]} * b[i];
-  return {.value = start + 2 * sum};
+Correlator::Correlator(const Subframe& samples) noexcept
+    : samples_(samples), sumOfMagnitudes_(SumOfMagnitudes(samples.data(), kSubframeSamples)) {}
+
+Sum Correlator::With(const Word* others, Long start) const noexcept {
+  const std::int64_t most = std::int64_t{sumOfMagnitudes_} * Peak(others, kSubframeSamples);
+  if (most + start >= kSumLimit) return CorrelateSaturating(samples_.data(), others, start);
+  return {.value = start + 2 * CorrelateUndoubled(samples_.data(), others, kSubframeSamples)};
 }
 
 Scaled Normalize(Long sum) noexcept {

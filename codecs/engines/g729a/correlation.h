@@ -11,9 +11,23 @@ struct Sum {
   bool saturated = false;  ///< by one product or more
 };
 
-/// start + 2 (a[0] b[0] + a[1] b[1] + ...), each step saturating.
-Sum Correlate(const fixed_point::Word* a, const fixed_point::Word* b,
-              fixed_point::Long start = 0) noexcept;
+/// Correlations of one subframe with others.
+class Correlator {
+ public:
+  /// @param samples  kept as a reference.
+  explicit Correlator(const Subframe& samples) noexcept;
+
+  /// start + 2 (samples[0] others[0] + samples[1] others[1] + ...), each step saturating.
+  /// @param start  0 or 1.
+  Sum With(const fixed_point::Word* others, fixed_point::Long start = 0) const noexcept;
+  Sum With(const Subframe& others, fixed_point::Long start = 0) const noexcept {
+    return With(others.data(), start);
+  }
+
+ private:
+  const Subframe& samples_;
+  fixed_point::Long sumOfMagnitudes_;
+};
 
 /// A number with all its bits in use: value / 2^shift.
 struct Scaled {

@@ -76,7 +76,7 @@ struct Pair {
 // The response at such a level that its energy has 31 bits at most.
 Subframe Level(const Subframe& response) noexcept {
   constexpr int kMostEnergy = 32000;
-  const Long energy = Correlate(response.data(), response.data()).value;
+  const Long energy = Correlator(response).With(response).value;
   const int shift = High(energy) > kMostEnergy ? -1 : LongNorm(energy) / 2;
   Subframe level;
   std::ranges::transform(response, level.begin(),
@@ -95,11 +95,12 @@ void SetGains(const Subframe& backward, Pulses& pulses) noexcept {
 // Puts the signs of a place and of all before into what they have in common. Two pulses of one
 // sign lose one of rounding, since the sign is 32767.
 void PutSigns(std::size_t position, const Subframe& negative, Subframe& common) noexcept {
+  const Word sign = negative[position];
   for (std::size_t i = 0; i < position; ++i) {
-    const int value = common[i];
-    const int same = value - (value > 0 ? 1 : 0);
-    const int different = std::min<int>(-value, kMostWord);
-    common[i] = static_cast<Word>(negative[i] == negative[position] ? same : different);
+    const Word value = common[i];
+    const auto same = static_cast<Word>(value - (value > 0 ? 1 : 0));
+    const auto different = static_cast<Word>(-std::max<Word>(value, -kMostWord));
+    common[i] = negative[i] == sign ? same : different;
   }
 }
 
@@ -132,7 +133,7 @@ void SetEnergies(const Subframe& response, const Subframe& backward, Pulses& pul
   std::ranges::transform(backward, negative.begin(),
                          [](Word gain) { return static_cast<Word>(gain >> 15); });
   // No sum is greater than the energy.
-  if (Correlate(response.data(), response.data()).saturated) {
+  if (Correlator(response).With(response).saturated) {
     SetEnergies(response, negative, MultiplyAdd, pulses);
   } else {
     SetEnergies(
@@ -157,50 +158,76 @@ std::array<std::size_t, 2> BestOf(std::size_t track, const Pulses& pulses) noexc
   return best;
 }
 
-constexpr Word Square(Word gain) noexcept { return Multiply(gain, gain); }
+// What the places of a track would make of pulses that are chosen already.
+class Candidates {
+ public:
+  // @param gain  of the pulses before. @param energies  with the candidate, 2^16 of a unit.
+  Candidates(int gain, const Word* gains, const std::array<Long, kPlaces>& energies) noexcept {
+    for (std::size_t place = 0; place < kPlaces; ++place) {
+      const int sum = std::min<int>(gain + gains[place], kMostWord);
+      squares_[place] = static_cast<Word>(sum * sum >> 15);
+      energies_[place] = static_cast<Word>((energies[place] + 0x8000) >> 16);
+    }
+  }
+
+  // Puts a candidate at `second` where that is above the best.
+  void Compete(std::size_t first, std::size_t track, Pair& best) const noexcept {
+    for (std::size_t place = 0; place < kPlaces; ++place) {
+      const Merit merit{squares_[place], energies_[place]};
+      if (merit.IsAbove(best.merit)) best = {merit, first, track * kPlaces + place};
+    }
+  }
+
+ private:
+  std::array<Word, kPlaces> squares_;
+  std::array<Word, kPlaces> energies_;
+};
 
 // The best pair of a start and a partner. Energies are a quarter of the pair's. No sum here or
-// below saturates: it is 2^31 - 2^16 at most.
+// below saturates, rounding included: it is below 2^31 - 2^15.
 Pair SearchFirstPair(const Order& order, const Pulses& pulses) noexcept {
-  Pair best{.first = order.start * kPlaces, .second = order.partner * kPlaces};
+  const std::size_t partners = order.partner * kPlaces;
+  Pair best{.first = order.start * kPlaces, .second = partners};
   for (const std::size_t start : BestOf(order.start, pulses)) {
-    for (std::size_t i = order.partner * kPlaces; i < (order.partner + 1) * kPlaces; ++i) {
-      const Long energy =
+    std::array<Long, kPlaces> energies;
+    for (std::size_t place = 0; place < kPlaces; ++place) {
+      const std::size_t i = partners + place;
+      energies[place] =
           0x4000 * (pulses.energies[start] + pulses.energies[i]) + 0x8000 * pulses.common[start][i];
-      const Merit merit{Square(Add(pulses.gains[start], pulses.gains[i])), Round(energy)};
-      if (merit.IsAbove(best.merit)) best = {merit, start, i};
     }
+    const Candidates candidates(pulses.gains[start], &pulses.gains[partners], energies);
+    candidates.Compete(start, order.partner, best);
   }
   return best;
 }
 
-// What an inner pulse adds to the energy by itself and by the pair, an eighth.
-std::array<Word, kPlaces> AddedEnergies(const Pair& pair, std::size_t track,
-                                        const Pulses& pulses) noexcept {
-  std::array<Word, kPlaces> added;
-  for (std::size_t place = 0; place < kPlaces; ++place) {
-    const std::size_t i = track * kPlaces + place;
-    added[place] = Round(0x2000 * pulses.energies[i] +
-                         0x4000 * (pulses.common[pair.first][i] + pulses.common[pair.second][i]));
-  }
-  return added;
+// What a pulse has in common with both of a pair.
+int CommonWith(const Pair& pair, std::size_t rank, const Pulses& pulses) noexcept {
+  return pulses.common[pair.first][rank] + pulses.common[pair.second][rank];
 }
 
 // The best places of two more pulses. Energies are a sixteenth of those of all four.
 Pair SearchSecondPair(const Pair& pair, const Order& order, const Pulses& pulses) noexcept {
-  const Word gain = Add(pulses.gains[pair.first], pulses.gains[pair.second]);
-  const auto added = AddedEnergies(pair, order.inner, pulses);
-  Pair best{.first = order.outer * kPlaces, .second = order.inner * kPlaces};
+  const int gain = pulses.gains[pair.first] + pulses.gains[pair.second];
+  const std::size_t inner = order.inner * kPlaces;
+  // What an inner pulse adds by itself and by the pair, an eighth.
+  std::array<int, kPlaces> added;
+  for (std::size_t place = 0; place < kPlaces; ++place) {
+    const std::size_t j = inner + place;
+    added[place] =
+        (0x2000 * pulses.energies[j] + 0x4000 * CommonWith(pair, j, pulses) + 0x8000) >> 16;
+  }
+
+  Pair best{.first = order.outer * kPlaces, .second = inner};
   for (std::size_t i = order.outer * kPlaces; i < (order.outer + 1) * kPlaces; ++i) {
-    const Word outerGain = Add(gain, pulses.gains[i]);
     const Long outer = 0x4000 * pair.merit.energy + 0x1000 * pulses.energies[i] +
-                       0x2000 * (pulses.common[pair.first][i] + pulses.common[pair.second][i]);
+                       0x2000 * CommonWith(pair, i, pulses);
+    std::array<Long, kPlaces> energies;
     for (std::size_t place = 0; place < kPlaces; ++place) {
-      const std::size_t j = order.inner * kPlaces + place;
-      const Long energy = outer + 0x8000 * added[place] + 0x2000 * pulses.common[i][j];
-      const Merit merit{Square(Add(outerGain, pulses.gains[j])), Round(energy)};
-      if (merit.IsAbove(best.merit)) best = {merit, i, j};
+      energies[place] = outer + 0x8000 * added[place] + 0x2000 * pulses.common[i][inner + place];
     }
+    const Candidates candidates(gain + pulses.gains[i], &pulses.gains[inner], energies);
+    candidates.Compete(i, order.inner, best);
   }
   return best;
 }

@@ -8,7 +8,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
 #include <span>
 
 #include "codecs/engines/g729a/correlation.h"
@@ -65,8 +64,9 @@ ErrorForm FormOf(const GainTask& task) noexcept {
   Subframe eighth;
   std::ranges::transform(task.codeVector, eighth.begin(),
                          [](Word sample) { return ShiftRight(sample, 3); });
-  const auto correlation = [&eighth](const Subframe& with, int shift) {
-    const Scaled sum = Normalize(Correlate(with.data(), eighth.data(), 1).value);
+  const Correlator correlator(eighth);
+  const auto correlation = [&correlator](const Subframe& with, int shift) {
+    const Scaled sum = Normalize(correlator.With(with, 1).value);
     return Scaled{sum.value, sum.shift + shift};
   };
   ErrorForm form{.pitchSquared = {task.pitch.energy.value, task.pitch.energy.shift - 15},

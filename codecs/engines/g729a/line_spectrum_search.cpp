@@ -1,7 +1,6 @@
-// The line spectrum are the zeros of two polynomials, A(z) plus and minus its mirror image, which
-// lie on the unit circle in turns. Each is a sum of five Chebyshev polynomials of the cosine: a
-// change of sign between two points of a grid shows a zero, two halvings and a straight line find
-// it.
+// Two polynomials, A(z) plus and minus its mirror image, are zero on the unit circle in turns: at
+// the line spectrum. Each polynomial is a sum of five Chebyshev polynomials of the cosine. A change
+// of sign between two points of a grid shows a zero, two halvings and a straight line find it.
 #include "codecs/engines/g729a/line_spectrum_search.h"
 
 #include <algorithm>

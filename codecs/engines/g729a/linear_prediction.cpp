@@ -29,7 +29,10 @@ using Windowed = std::array<Word, kAnalysisSamples + kOrder>;
 // Not below 1. 240 squares are far from what 64 bits hold.
 std::int64_t EnergyOf(const Windowed& samples) noexcept {
   std::int64_t sum = 0;
-  for (std::size_t n = 0; n < kAnalysisSamples; ++n) sum += Long{samples[n]} * samples[n];
+  for (std::size_t n = 0; n < kAnalysisSamples; ++n) {
+    const Long square = Long{samples[n]} * samples[n];
+    sum += square;
+  }
   return 2 * sum + 1;
 }
 

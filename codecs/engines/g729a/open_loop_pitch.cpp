@@ -53,7 +53,10 @@ class Speech {
 
   static std::int64_t EnergyOf(const Phase& phase) noexcept {
     std::int64_t sum = 0;
-    for (const Word sample : phase) sum += Long{sample} * sample;
+    for (const Word sample : phase) {
+      const Long square = Long{sample} * sample;
+      sum += square;
+    }
     return 2 * sum;
   }
 

@@ -1,7 +1,10 @@
 // UnitMediaFile: the base of readers whose audio lies in the file as one stretch of equal units.
 #pragma once
 
+#include <algorithm>
 #include <bit>
+#include <cstdint>
+#include <limits>
 
 #include "support/built_in_media_file.h"
 #include "support/cft_array.h"
@@ -16,6 +19,8 @@ struct UnitAudio {
   UnitLayout layout;
   std::size_t unitFrames = 1;    // frames in a unit
   bool needsNoDecoding = false;  // a unit is a frame of little-endian samples
+  // The most that are delivered: fewer than the units make where the last of them is filled up.
+  std::uint64_t frames = std::numeric_limits<std::uint64_t>::max();
 };
 
 static_assert(std::endian::native == std::endian::little, "some samples are delivered as read");
@@ -61,6 +66,8 @@ class UnitMediaFile : public BuiltInMediaFile<Interface> {
     std::size_t count = 0;
     const QVERRORCODE_TAG result = units_.Next(units, count);
     if (result != QVERR_OK || count == 0) return result;
+    const std::uint64_t taken = std::min<std::uint64_t>(count * audio_.unitFrames, audio_.frames);
+    audio_.frames -= taken;
     if (audio_.needsNoDecoding) {
       samples = reinterpret_cast<const short*>(units);
     } else {
@@ -68,7 +75,8 @@ class UnitMediaFile : public BuiltInMediaFile<Interface> {
       if (decoded != QVERR_OK) return decoded;
       samples = samples_.Data();
     }
-    frames = static_cast<unsigned long>(count * audio_.unitFrames);
+    frames = static_cast<unsigned long>(taken);
+    if (frames == 0) samples = nullptr;
     return QVERR_OK;
   }
 

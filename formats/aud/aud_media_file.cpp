@@ -4,20 +4,20 @@
 //                   no:  the extension; everything is data, mono
 //     then          a line of the table below, which names the decoder
 //
-// A coding is decoded by the byte (G.711) or by the speech decoder, which goes by frames. Blocks
-// are whole frames, so that only the last one of a file can be a part of one. The decoder fills it
-// up with zeros; of what comes out, this reader keeps as much as the bytes stand for.
+// A coding is decoded by the byte (G.711) or by speech decoders, which go by frames. Blocks are
+// whole frames, so that only the last one of a file can be a part of one. The decoder fills it up
+// with zeros; of what comes out, this reader keeps as much as the bytes stand for, or as the "fact"
+// chunk of a wave file tells.
 #include "formats/aud/aud_media_file.h"
 
 #include <algorithm>
 #include <array>
-#include <span>
+#include <optional>
 #include <string_view>
 
-#include <MediaAccessor/ipp_decoder.h>
-#include <MediaAccessor/media_sink.h>
-#include <MediaAccessor/ownership.h>
+#include <MediaAccessor/ipp_coder.h>
 
+#include "formats/aud/frame_decoders.h"
 #include "support/built_in_media_file_factory.h"
 #include "support/ft_log.h"
 #include "support/g711.h"
@@ -43,12 +43,14 @@ struct Coding {
   WaveLaw law;              // of G.711; kLinear: the speech decoder's
   IPPCoder::CODEC codec{};  // whose frames hold a whole number of samples a byte
   long bitRate = 0;
+  unsigned blockAlign = 1;  // of wave files, for each channel: the bytes of a frame
 
   bool IsFramed() const { return law == WaveLaw::kLinear; }
 };
 
 constexpr Coding kCodings[] = {
     {L"G722", kNoTag, L"CCITT G.722 64 kbit/s", WaveLaw::kLinear, IPPCoder::G722, 64'000},
+    {L"G729A", 0x83, L"ITU-T G.729A 8 kbit/s", WaveLaw::kLinear, IPPCoder::G729A, 8000, 10},
     {L"ALAW", 6, kALawName, WaveLaw::kALaw},
     {L"MULAW", 7, kMuLawName, WaveLaw::kMuLaw},
 };
@@ -102,7 +104,39 @@ struct Source {
   std::uint32_t frequency = kG711Frequency;  // Hz; frames go by their codec
   std::uint64_t offset = 0;                  // bytes
   std::uint64_t size = UnitLayout::kToTheEnd;
+  std::optional<std::uint32_t> toldFrames;  // by a wave file
 };
+
+struct Fact {
+  std::uint64_t offset;  // of the chunk
+  std::uint32_t frames;
+};
+
+// The chunk may stand behind the data, where the probe does not come.
+std::optional<Fact> FindFact(HeaderReader& reader) {
+  std::uint64_t offset = 12;
+  unsigned char bytes[12];
+  for (int count = 0; count < kMostRIFFChunks && reader.Read(offset, bytes, 8); ++count) {
+    const std::uint64_t size = LittleEndian32(bytes + 4);
+    if (IsId(bytes, "fact") && size >= 4 && reader.Read(offset, bytes, sizeof bytes)) {
+      return Fact{offset, LittleEndian32(bytes + 8)};
+    }
+    offset += 8 + size + size % 2;
+  }
+  return std::nullopt;
+}
+
+void TakeFact(const Fact& fact, Source& source) {
+  source.toldFrames = fact.frames;
+  // Data of no bytes, which the probe took for such of an unknown size.
+  if (fact.frames == 0 && fact.offset == source.offset) source.size = 0;
+}
+
+bool IsDecoded(const RIFFHeaderProbe& probe, const Coding& coding) {
+  if (probe.dataOffset == 0 || probe.blockAlign != probe.channels * coding.blockAlign) return false;
+  return coding.IsFramed() ? probe.channels <= FrameDecoders::kMostChannels
+                           : probe.bitsPerSample == 8;
+}
 
 bool FindInWaveFile(const wchar_t* path, HeaderReader& reader, Source& source) {
   RIFFHeaderProbe probe;
@@ -111,10 +145,12 @@ bool FindInWaveFile(const wchar_t* path, HeaderReader& reader, Source& source) {
             .channels = probe.channels,
             .frequency = static_cast<std::uint32_t>(probe.samplesPerSecond),
             .offset = probe.dataOffset,
-            .size = probe.dataSize};
-  const bool hasData = probe.dataOffset != 0;
-  return source.coding != nullptr && hasData && probe.bitsPerSample == 8 &&
-         probe.blockAlign == probe.channels;
+            .size = probe.dataSize,
+            .toldFrames = std::nullopt};
+  if (source.coding == nullptr || !IsDecoded(probe, *source.coding)) return false;
+  const auto fact = source.coding->IsFramed() ? FindFact(reader) : std::nullopt;
+  if (fact) TakeFact(*fact, source);
+  return true;
 }
 
 bool FindSource(const wchar_t* path, HeaderReader& reader, Source& source) {
@@ -123,29 +159,13 @@ bool FindSource(const wchar_t* path, HeaderReader& reader, Source& source) {
   return source.coding != nullptr;
 }
 
-// Takes what a speech decoder pushes, as far as there is room.
-class BlockSink final : public CMediaSink {
- public:
-  void SetRoom(std::span<short> room) { room_ = room; }
-  QVERRORCODE_TAG SetChannelCount(int) override { return QVERR_OK; }
-  QVERRORCODE_TAG Write(const void* data, unsigned long count) override {
-    const std::size_t taken = std::min<std::size_t>(count, room_.size());
-    std::copy_n(static_cast<const short*>(data), taken, room_.begin());
-    room_ = room_.subspan(taken);
-    return QVERR_OK;
-  }
-
- private:
-  std::span<short> room_;
-};
-
 class CInputAUDMediaFileImpl final : public UnitMediaFile<> {
  protected:
   QVERRORCODE_TAG ReadHeader(const wchar_t* path, HeaderReader& reader, UnitAudio& audio) override;
   QVERRORCODE_TAG Decode(const unsigned char* units, std::size_t count, short* samples) override;
   void CloseFormat() override {
     UnitMediaFile::CloseFormat();
-    decoder_.reset();
+    decoders_.Release();
   }
   std::wstring_view FormatName() const override { return kFormatName; }
   std::wstring EncodingName() const override { return coding_->name; }
@@ -154,18 +174,27 @@ class CInputAUDMediaFileImpl final : public UnitMediaFile<> {
   QVERRORCODE_TAG PrepareFrames(const wchar_t* path, UnitAudio& audio);
 
   const Coding* coding_ = nullptr;
-  BlockSink sink_;
-  IPPDecoderPtr decoder_;  // of a coding in frames
-  std::size_t samplesPerUnit_ = 0;
+  FrameDecoders decoders_;  // of a coding in frames
+  std::size_t channels_ = 0;
+  std::size_t unitFrames_ = 0;
 };
+
+// How many frames there are. What a wave file tells is believed when it ends within the last of the
+// coded frames: that one was filled up.
+std::uint64_t CountFrames(const Source& source, std::uint64_t inData, std::size_t codedFrame) {
+  if (!source.toldFrames || *source.toldFrames > inData) return inData;
+  return inData - *source.toldFrames < codedFrame ? *source.toldFrames : inData;
+}
 
 QVERRORCODE_TAG CInputAUDMediaFileImpl::ReadHeader(const wchar_t* path, HeaderReader& reader,
                                                    UnitAudio& audio) {
   Source source;
   if (!FindSource(path, reader, source)) return QVERR_BAD_FORMAT;
   coding_ = source.coding;
+  channels_ = source.channels;
   audio.facts = {.channels = static_cast<int>(source.channels),
                  .samplingFrequency = source.frequency};
+  // A byte of each channel, which has its place in time within a frame.
   audio.layout = {.offset = source.offset,
                   .size = source.size,
                   .unitBytes = source.channels,
@@ -174,39 +203,37 @@ QVERRORCODE_TAG CInputAUDMediaFileImpl::ReadHeader(const wchar_t* path, HeaderRe
     const QVERRORCODE_TAG result = PrepareFrames(path, audio);
     if (result != QVERR_OK) return result;
   }
-  const std::uint64_t bytes = source.size == UnitLayout::kToTheEnd ? reader.Size() : source.size;
-  const std::uint64_t frames = bytes / audio.layout.unitBytes * audio.unitFrames;
+  unitFrames_ = audio.unitFrames;
+  const bool isToTheEnd = source.size == UnitLayout::kToTheEnd;
+  const std::uint64_t bytes = isToTheEnd ? reader.Size() : source.size;
+  const std::uint64_t inData = bytes / audio.layout.unitBytes * audio.unitFrames;
+  const std::uint64_t frames = CountFrames(source, inData, coding_->blockAlign * unitFrames_);
+  if (!isToTheEnd) audio.frames = frames;
   audio.facts.milliseconds =
       ToMilliseconds(static_cast<double>(frames) * 1000.0 / audio.facts.samplingFrequency);
-  samplesPerUnit_ = audio.unitFrames * source.channels;
   return QVERR_OK;
 }
 
-// A unit is a byte, which has its place in time within a frame.
 QVERRORCODE_TAG CInputAUDMediaFileImpl::PrepareFrames(const wchar_t* path, UnitAudio& audio) {
   if (!IPPCoder::IsLicensedCodec(coding_->codec)) return QVERR_NOT_LICENSED;
-  decoder_.reset(IPPDecoder::CreateInstance(coding_->codec, coding_->bitRate));
-  if (decoder_ == nullptr) {
+  if (!decoders_.Create(coding_->codec, coding_->bitRate, channels_)) {
     LibraryLog().Printf(L"%s: refused; there is no decoder of %s", path, coding_->name);
     return QVERR_BAD_FORMAT;
   }
-  decoder_->SetSink(&sink_);
-  const auto frameBytes = static_cast<std::uint32_t>(decoder_->GetCompressedFrameBytes());
-  audio.layout.blockUnits = kBlockBytes / frameBytes * frameBytes;
-  audio.unitFrames = static_cast<std::size_t>(decoder_->SamplesForBytes(frameBytes)) / frameBytes;
-  audio.facts.samplingFrequency = static_cast<std::uint32_t>(decoder_->GetSampleRate());
+  const std::size_t frameBytes = decoders_.FrameBytes();
+  audio.layout.blockUnits -= audio.layout.blockUnits % frameBytes;
+  audio.unitFrames = decoders_.FrameSamples() / frameBytes;
+  audio.facts.samplingFrequency = static_cast<std::uint32_t>(decoders_.SamplingFrequency());
   return QVERR_OK;
 }
 
 QVERRORCODE_TAG CInputAUDMediaFileImpl::Decode(const unsigned char* units, std::size_t count,
                                                short* samples) {
-  const std::size_t total = count * samplesPerUnit_;
-  if (!coding_->IsFramed()) {
-    ExpandG711(coding_->law, units, total, samples);
-    return QVERR_OK;
+  if (coding_->IsFramed()) {
+    return decoders_.Decode({units, count * channels_}, samples, count * unitFrames_);
   }
-  sink_.SetRoom({samples, total});
-  return decoder_->Decode(units, static_cast<std::uint32_t>(count));
+  ExpandG711(coding_->law, units, count * channels_, samples);
+  return QVERR_OK;
 }
 
 using CInputAUDMediaFileFactory = BuiltInMediaFileFactoryOf<CInputAUDMediaFileImpl>;

@@ -35,11 +35,7 @@ class CWAVFileWriterImpl final : public CWAVFileWriter, public AllocatedObject {
   }
 
   QVERRORCODE_TAG SetOutputCoding(int coding) override {
-    if (isBusy_) return QVERR_ALREADY_OPEN;
-    COutputWAVMediaFileImpl output;
-    const QVERRORCODE_TAG result = output.SetOutputCoding(coding);
-    if (result == QVERR_OK) coding_ = coding;
-    return result;
+    return isBusy_ ? QVERR_ALREADY_OPEN : output_.SetOutputCoding(coding);
   }
 
   unsigned long GetDescription(char* buffer, unsigned long capacity) const override {
@@ -50,9 +46,9 @@ class CWAVFileWriterImpl final : public CWAVFileWriter, public AllocatedObject {
   }
 
  private:
-  QVERRORCODE_TAG WriteAll(CMediaAccessor& source, const wchar_t* path, bool replace) const;
+  QVERRORCODE_TAG WriteAll(CMediaAccessor& source, const wchar_t* path, bool replace);
 
-  int coding_ = kWAVOutputPCM16;
+  COutputWAVMediaFileImpl output_;  // closed between two files
   bool isBusy_ = false;
 };
 
@@ -70,28 +66,26 @@ QVERRORCODE_TAG PullInto(COutputWAVMediaFileImpl& output, CMediaAccessor& source
 }
 
 QVERRORCODE_TAG CWAVFileWriterImpl::WriteAll(CMediaAccessor& source, const wchar_t* path,
-                                             bool replace) const {
+                                             bool replace) {
   const unsigned long frequency = source.GetSamplingFrequency();
   const unsigned long channels = source.GetChannelCount();
   if (!std::in_range<std::uint32_t>(frequency)) return QVERR_INVALID_ARGUMENT;
   if (!std::in_range<std::uint16_t>(channels)) return QVERR_UNSUPPORTED_CHANNELS;
-  // Before the output, which then closes the file before it is deleted.
   platform::PendingFile pending;
-  COutputWAVMediaFileImpl output;
-  output.SetOutputCoding(coding_);
-  output.SetSamplingFrequency(static_cast<std::uint32_t>(frequency));
-  output.SetChannelCount(static_cast<std::uint16_t>(channels));
+  output_.SetSamplingFrequency(static_cast<std::uint32_t>(frequency));
+  output_.SetChannelCount(static_cast<std::uint16_t>(channels));
   // Nothing is created for what will be refused.
-  QVERRORCODE_TAG result = output.Check();
+  QVERRORCODE_TAG result = output_.Check();
   if (result == QVERR_OK) result = pending.Create(path, replace);
-  if (result == QVERR_OK) result = output.Open(pending.Name().c_str(), true);
+  if (result == QVERR_OK) result = output_.Open(pending.Name().c_str(), true);
   if (result != QVERR_OK) return result;
-  result = PullInto(output, source, channels);
+  // A source may throw; the file has to be closed before it is deleted.
+  result = NoThrow([&] { return PullInto(output_, source, channels); });
   if (result != QVERR_OK) {
-    output.Abandon();
+    output_.Abandon();
     return result;
   }
-  result = output.Close();
+  result = output_.Close();
   return result == QVERR_OK ? pending.Publish() : result;
 }
 

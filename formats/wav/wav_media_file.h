@@ -35,8 +35,9 @@ class CWAVMediaFileImpl {
   }
   /// Why such an output is refused before anything is created, or QVERR_OK: QVERR_BAD_FORMAT for a
   /// coding that is not known, QVERR_MONO_ONLY for TrueSpeech of several channels,
-  /// QVERR_BAD_CHANNEL_COUNT for no channel, QVERR_UNSUPPORTED_CHANNELS and QVERR_INVALID_ARGUMENT
-  /// for channels, and a frequency, that do not fit the header.
+  /// QVERR_BAD_CHANNEL_COUNT for no channel, QVERR_UNSUPPORTED_CHANNELS for more than two of
+  /// G.729A, and QVERR_UNSUPPORTED_CHANNELS and QVERR_INVALID_ARGUMENT for channels, and a
+  /// frequency, that do not fit the header.
   QVERRORCODE_TAG CheckOutput() const noexcept;
 
   /// Opens a file.

@@ -27,6 +27,7 @@ constexpr std::size_t kFormatRecord = 18;        // bytes
 // Of a G.729A frame: 80 samples in 10 bytes.
 constexpr std::uint32_t kG729ABytesPerSecond = 1000;
 constexpr std::uint16_t kG729AFrame = 10;
+constexpr std::uint16_t kMostG729AChannels = 2;  // that there are encoders for
 // A TrueSpeech frame has 32 bytes elsewhere; readers of this library's files know these numbers.
 constexpr std::uint32_t kTrueSpeechBytesPerSecond = 662;
 constexpr std::uint16_t kTrueSpeechBlock = 20;
@@ -55,7 +56,10 @@ QVERRORCODE_TAG CWAVMediaFileImpl::CheckOutput() const noexcept {
   if (!IsCodedHere(output_.tag) && !IsWrittenAsItComes(output_.tag)) return QVERR_BAD_FORMAT;
   if (output_.tag == kWaveTagTrueSpeech && output_.channels != 1) return QVERR_MONO_ONLY;
   if (output_.channels == 0) return QVERR_BAD_CHANNEL_COUNT;
-  if (output_.channels > kMostChannels) return QVERR_UNSUPPORTED_CHANNELS;
+  const bool isG729A = output_.tag == kWaveTagG729A;
+  if (output_.channels > (isG729A ? kMostG729AChannels : kMostChannels)) {
+    return QVERR_UNSUPPORTED_CHANNELS;
+  }
   const std::uint32_t frameBytes = output_.channels * 2U;
   return output_.samplesPerSecond > kLargest / frameBytes ? QVERR_INVALID_ARGUMENT : QVERR_OK;
 }

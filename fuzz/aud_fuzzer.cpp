@@ -7,7 +7,7 @@
 #include "fuzz/fuzz_file.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  constexpr const char* kExtensions[] = {".g722", ".alaw", ".mulaw"};
+  constexpr const char* kExtensions[] = {".g722", ".g729a", ".alaw", ".mulaw"};
   return fuzz::FuzzReader(Quorvex::InputAUDMediaFileFactory(),
                           kExtensions[size % std::size(kExtensions)], fuzz::Length::kKnown, data,
                           size);

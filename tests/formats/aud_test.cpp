@@ -2,11 +2,13 @@
 #include <MediaAccessor/all.h>
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <string>
 #include <vector>
 
 #include "tests/fake_media.h"
+#include "tests/likeness.h"
 #include "tests/test_files.h"
 #include "tests/wav_bytes.h"
 
@@ -46,6 +48,26 @@ class AUD : public testing::Test {
     return wav;
   }
 
+  // The frames of the fixture, in one channel, and their samples.
+  static tests::WavBytes G729A() {
+    const tests::Bytes frames = tests::ReadBytes(tests::Fixture("g729a_bcg729.g729a"));
+    tests::WavBytes wav;
+    wav.tag = 0x83;
+    wav.blockAlign = 10;
+    wav.data.assign(frames.begin(), frames.end());
+    return wav;
+  }
+  std::vector<short> G729ASamples() {
+    EXPECT_EQ(MediaFileOpen(tests::Fixture("g729a_bcg729.g729a").c_str(), file), QVERR_OK);
+    return tests::PullAll(*file);
+  }
+  std::vector<short> Pull(const tests::WavBytes& wav, int channels) {
+    ExpectFacts(Write("x.wav", wav.ToBytes()), 8000, channels, "ITU-T G.729A 8 kbit/s");
+    std::vector<short> samples = tests::PullAll(*file);
+    EXPECT_EQ(file->GetMilliseconds(), samples.size() / static_cast<unsigned>(channels) / 8);
+    return samples;
+  }
+
   const std::vector<short> expandedALaw = tests::ReadSamples(tests::Fixture("g711_alaw.s16"));
   const std::vector<short> expandedMuLaw = tests::ReadSamples(tests::Fixture("g711_mulaw.s16"));
   const tests::TemporaryDirectory directory;
@@ -64,6 +86,82 @@ TEST_F(AUD, G722ThatFFmpegEncoded) {
   begin.resize(100);  // no whole frames, and less than a block
   ExpectFacts(Write("x.g722", begin), 16'000, 1, "CCITT G.722 64 kbit/s");
   EXPECT_EQ(tests::PullAll(*file), std::vector<short>(decoded.begin(), decoded.begin() + 200));
+}
+
+// The decoder of ffmpeg is not exact.
+TEST_F(AUD, G729AThatAnotherProgramEncoded) {
+  ExpectFacts(tests::Fixture("g729a_bcg729.g729a"), 8000, 1, "ITU-T G.729A 8 kbit/s");
+  EXPECT_EQ(file->GetMilliseconds(), 400U);
+  const std::vector<short> samples = tests::PullAll(*file);
+  const std::vector<short> decoded = tests::ReadSamples(tests::Fixture("g729a_ffmpeg.s16"));
+  ASSERT_EQ(samples.size(), decoded.size());
+  EXPECT_GT(tests::Correlation(samples, decoded), 0.99);
+  EXPECT_NEAR(tests::Level(samples) / tests::Level(decoded), 1, 0.05);
+}
+
+// A header counts the samples of the last frame, which is filled up. What it says is not believed
+// when the data does not end within that frame.
+TEST_F(AUD, G729AInWaveFilesIsAsLongAsTheyTell) {
+  const std::vector<short> samples = G729ASamples();
+  struct Case {
+    std::size_t bytes;
+    std::uint32_t told;
+    std::size_t samples;
+  };
+  for (const Case& c : {Case{400, 3200, 3200},
+                        {400, 3121, 3121},
+                        {400, 3120, 3200},
+                        {400, 3201, 3200},
+                        {400, 0, 3200},
+                        {395, 3200, 3160},
+                        {395, 3121, 3121},
+                        {10, 1, 1},
+                        {0, 0, 0}}) {
+    tests::WavBytes wav = G729A();
+    wav.data.resize(c.bytes);
+    const std::string fact = tests::WavBytes::Chunk("fact", tests::WavBytes::Number(c.told, 4));
+    for (const bool isBehind : {false, true}) {
+      wav.beforeData = isBehind ? "" : fact;
+      wav.afterData = isBehind ? std::string(c.bytes % 2, '\0') + fact : "";
+      wav.bits = c.told % 3 * 8;  // which nobody agrees upon
+      wav.bytesPerSecond = c.told % 2 == 0 ? -1 : 0;
+      const std::vector<short> read = Pull(wav, 1);
+      EXPECT_EQ(read.size(), c.samples) << c.bytes << " bytes, " << c.told;
+      // Of a part of a frame nobody knows.
+      const std::size_t whole = std::min(c.samples, c.bytes / 10 * 80);
+      EXPECT_TRUE(std::equal(read.begin(), read.begin() + std::ptrdiff_t(whole), samples.begin()));
+    }
+  }
+}
+
+// Speech on one side and silence on the other; then the same speech, but later.
+TEST_F(AUD, TheFramesOfStereoG729AAlternate) {
+  const std::vector<short> speech = G729ASamples();
+  const std::string frames = G729A().data;
+  for (const std::size_t delay : {frames.size() / 10, std::size_t{7}}) {
+    for (const std::size_t side : {0U, 1U}) {
+      tests::WavBytes wav = G729A();
+      wav.channels = 2;
+      wav.blockAlign = 20;
+      wav.data.clear();
+      std::vector<short> expected(speech.size() * 2);
+      const std::string late = std::string(delay * 10, '\0') + frames;
+      for (std::size_t i = 0; i < frames.size(); i += 10) {
+        wav.data += (side == 0 ? frames : late).substr(i, 10);
+        wav.data += (side == 0 ? late : frames).substr(i, 10);
+      }
+      for (std::size_t i = 0; i < speech.size(); ++i) {
+        expected[2 * i + side] = speech[i];
+        if (i >= delay * 80) expected[2 * i + 1 - side] = speech[i - delay * 80];
+      }
+      EXPECT_EQ(Pull(wav, 2), expected) << delay << " frames later, side " << side;
+      // Cut within the frame of the second side, and of the first: each byte still counts.
+      wav.data.resize(wav.data.size() - 4);
+      EXPECT_EQ(Pull(wav, 2).size(), expected.size() - 32);
+      wav.data.resize(wav.data.size() - 8);
+      EXPECT_EQ(Pull(wav, 2).size(), expected.size() - 96);
+    }
+  }
 }
 
 TEST_F(AUD, EveryCodeWordOfRawG711) {
@@ -119,6 +217,13 @@ TEST_F(AUD, RefusesWhatItDoesNotTake) {
   lies.blockAlign = 6;
   tests::WavBytes noRate = ALaw();
   noRate.frequency = 0;
+  tests::WavBytes threeSides = G729A();
+  threeSides.channels = 3;
+  threeSides.blockAlign = 30;
+  tests::WavBytes oneSide = G729A();
+  oneSide.channels = 2;
+  tests::WavBytes shortFrames = G729A();
+  shortFrames.blockAlign = 8;
   tests::Bytes noData = ALaw().ToBytes();
   noData.resize(noData.size() - 14);  // "data", its size, 6 bytes
   const tests::Bytes other = {'A', 'U', 'D', ' ', 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8};
@@ -126,6 +231,9 @@ TEST_F(AUD, RefusesWhatItDoesNotTake) {
                                Write("wide.wav", wide.ToBytes()),
                                Write("narrow.wav", narrow.ToBytes()),
                                Write("lies.wav", lies.ToBytes()),
+                               Write("three.wav", threeSides.ToBytes()),
+                               Write("one.wav", oneSide.ToBytes()),
+                               Write("short.wav", shortFrames.ToBytes()),
                                Write("data.wav", noData),
                                Write("rate.g722", noRate.ToBytes()),
                                Write("other.wav", other),

@@ -128,6 +128,8 @@ INSTANTIATE_TEST_SUITE_P(
                                QVERR_FILE_OPEN_FAILED},
                     ReaderCase{"g722", "g722_ffmpeg.g722", "sox_pcm16_stereo.wav", QVERR_BAD_FORMAT,
                                QVERR_BAD_FORMAT},
+                    ReaderCase{"g729a", "g729a_bcg729.g729a", "sox_pcm16_stereo.wav",
+                               QVERR_BAD_FORMAT, QVERR_BAD_FORMAT},
                     ReaderCase{"vox", "vox_sox.vox", nullptr, QVERR_OK, QVERR_OK},
                     ReaderCase{"opus", "opus_stereo.opus", "refused_aiff.wav",
                                QVERR_FILE_OPEN_FAILED, QVERR_FILE_OPEN_FAILED}),

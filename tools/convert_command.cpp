@@ -23,12 +23,17 @@ const std::map<std::string, WAVOutputCoding> kCodings = {
     {"pcm", kWAVOutputPCM16},  {"alaw", kWAVOutputALaw},   {"mulaw", kWAVOutputMuLaw},
     {"gsm", kWAVOutputGSM610}, {"g729a", kWAVOutputG729A}, {"truespeech", kWAVOutputTrueSpeech}};
 
+constexpr int kG729AFrequency = 8000;  // Hz
+
 bool Refuse(const std::string& output, const char* why) {
   ReportError(output, why);
   return false;
 }
 
 bool IsAllowed(const ConvertOptions& options) {
+  if (options.coding == "g729a" && options.rate != 0 && options.rate != kG729AFrequency) {
+    return Refuse("--rate " + std::to_string(options.rate), "--coding g729a is always 8000 Hz");
+  }
   if (options.output == "-") {
     return Refuse("standard output", "a WAV file needs a name; decode writes to standard output");
   }
@@ -43,7 +48,9 @@ bool IsAllowed(const ConvertOptions& options) {
 
 void ReportWriting(const ConvertOptions& options, QVERRORCODE_TAG result,
                    const CMediaAccessor& audio) {
-  if (result != QVERR_BAD_FORMAT) {
+  const bool isNotWritten = result == QVERR_BAD_FORMAT || result == QVERR_BAD_STATE ||
+                            result == QVERR_UNSUPPORTED_CHANNELS;
+  if (!isNotWritten) {
     ReportFailure(options.output, result);
   } else {
     ReportError(options.output, "--coding " + options.coding + " is not written here for " +

@@ -11,7 +11,7 @@ class MEDIA_ACCESSOR_API IPPCoder {
   /// A codec with its way of laying out frames. All are mono; G.729 Annex A and G.723.1 at 8 kHz,
   /// G.722 and G.722.1 at 16 kHz.
   enum CODEC : int {
-    G729A = 1,           ///< 8,000 bit/s: bare frames of 10 bytes for 80 samples; not there yet
+    G729A = 1,           ///< 8,000 bit/s: bare frames of 10 bytes for 80 samples
     G729A_HEADERED = 2,  ///< the same with a byte before each frame, 11 in all, which is skipped
     G723_1_53 = 3,       ///< 5,300 bit/s: frames of 20 bytes for 240 samples; not there yet
     G723_1_63 = 4,       ///< 6,300 bit/s: frames of 24 bytes for 240 samples; not there yet

@@ -19,14 +19,17 @@
 //     .wav        RIFF/WAVE in a strict subset. Blocks of up to one second. What that reader
 //                 refuses is tried by the next one, and on Linux once more, by one for every coding
 //                 of wave files, whose failures are other ones: input_wav_media_file.h.
-//     .g722 .alaw .mulaw
-//                 Coded audio without a header, mono: G.722 at 64 kbit/s and 16,000 Hz, G.711 at
-//                 8,000 Hz. Each byte of G.722 is two samples, also when the last 10 ms are not
-//                 whole; 10 ms whose bytes are all zero are silence, see ipp_decoder.h. Blocks are
-//                 about 4,000 bytes of the file. This is the next reader of .wav files; it takes
-//                 A-law and mu-law of 8 bits at any rate, with any number of channels. A RIFF/WAVE
-//                 file under the other extensions is read by its header, too. QVERR_BAD_FORMAT for
-//                 any other coding.
+//     .g722 .g729a .alaw .mulaw
+//                 Coded audio without a header, mono: G.722 at 64 kbit/s and 16,000 Hz, G.729A in
+//                 bare frames of 10 bytes and G.711 at 8,000 Hz. Each byte of G.722 is two samples,
+//                 of G.729A eight, also when the last 10 ms are not whole; 10 ms whose bytes are
+//                 all zero are silence, see ipp_decoder.h. Blocks are about 4,000 bytes of the
+//                 file. This is the next reader of .wav files; it takes A-law and mu-law of 8 bits
+//                 at any rate, with any number of channels, and G.729A (tag 0x83) of one channel,
+//                 or of two whose frames alternate, always at 8,000 Hz. Its last frame ends where
+//                 the "fact" chunk says, if that is within it. A RIFF/WAVE file under the other
+//                 extensions is read by its header, too. QVERR_BAD_FORMAT for any other coding;
+//                 QVERR_NOT_LICENSED for G.729A where it may not be used (library.h).
 //     .au         Sun AU. Blocks of up to 1,024 frames. The audio runs to the end of the file,
 //                 whatever size the header tells. Each sample is multiplied by 1 / channels, then
 //                 rounded half away from zero and limited to 16 bits: a file of two channels is

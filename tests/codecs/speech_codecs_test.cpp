@@ -18,11 +18,13 @@ TEST(SpeechCodecs, WhichThereAre) {
   struct Case {
     int codec;
     long bitRate;
-    int frameBytes;  // 0: none is made
+    int frameBytes;        // 0: none is made
+    bool isCoded = false;  // there is an encoder, too
   };
   for (const Case& c : {Case{0, 0, 0},
                         {7, 0, 0},
-                        {IPPCoder::G729A, 0, 0},
+                        {IPPCoder::G729A, 0, 10, true},
+                        {IPPCoder::G729A_HEADERED, 0, 11, true},
                         {IPPCoder::G723_1_63, 0, 0},
                         {IPPCoder::G722, 0, 80},
                         {IPPCoder::G722, 56000, 70},
@@ -36,9 +38,14 @@ TEST(SpeechCodecs, WhichThereAre) {
     const IPPDecoderPtr decoder(IPPDecoder::CreateInstance(codec, c.bitRate));
     EXPECT_EQ(decoder != nullptr ? decoder->GetCompressedFrameBytes() : 0, c.frameBytes)
         << c.codec << " at " << c.bitRate;
-    EXPECT_EQ(IPPEncoder::CreateInstance(codec), nullptr);
+    const IPPEncoderPtr encoder(IPPEncoder::CreateInstance(codec));
+    EXPECT_EQ(encoder != nullptr ? encoder->GetCompressedFrameBytes() : 0,
+              c.isCoded ? c.frameBytes : 0)
+        << c.codec;
   }
-  EXPECT_EQ(IPPDecoder::CreateInstance(), nullptr);
+  const IPPDecoderPtr decoder(IPPDecoder::CreateInstance());
+  ASSERT_NE(decoder, nullptr);
+  EXPECT_EQ(decoder->GetCodec(), IPPCoder::G729A);
   testing::internal::CaptureStderr();
   MediaAccessorSetLog("", kLogStandardError);
   IPPDecoder::CreateInstance(IPPCoder::G723_1_63);
@@ -135,10 +142,14 @@ TEST_F(Licence, TheCallbacksOfTheHost) {
   const WAVFileWriterPtr writer(CWAVFileWriter::CreateInstance());
   EXPECT_EQ(writer->SetOutputCoding(kWAVOutputG729A), QVERR_CODEC_NOT_LICENSED);
   EXPECT_EQ(writer->SetOutputCoding(kWAVOutputTrueSpeech), QVERR_CREATE_FAILED);
+  MediaFilePtr file;
+  const std::string speech = tests::Fixture("g729a_bcg729.g729a");
+  EXPECT_EQ(MediaFileOpen(speech.c_str(), file), QVERR_NOT_LICENSED);
   Host::refused = "TrueSpeech";
   EXPECT_EQ(Permitted(), "1256");
-  EXPECT_EQ(writer->SetOutputCoding(kWAVOutputG729A), QVERR_CREATE_FAILED);
+  EXPECT_EQ(writer->SetOutputCoding(kWAVOutputG729A), QVERR_OK);
   EXPECT_EQ(writer->SetOutputCoding(kWAVOutputTrueSpeech), QVERR_CODEC_NOT_LICENSED);
+  EXPECT_EQ(MediaFileOpen(speech.c_str(), file), QVERR_OK);
   InitializeMediaAccessorLibrary(&Host::Query, nullptr);
   EXPECT_EQ(Permitted(), "123456") << "the check has no say any more";
   Host::count = 0;

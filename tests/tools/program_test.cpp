@@ -289,7 +289,7 @@ TEST_F(Program, ConvertWritesAWholeFileOrNone) {
   EXPECT_NE(errors.find("exists; --force replaces it"), std::string::npos) << errors;
   EXPECT_EQ(tests::ReadBytes(out), pcm);
   EXPECT_EQ(Run({"convert", out, out, "--force"}), 2) << "never over its own input";
-  EXPECT_EQ(Run({"convert", input, out, "--force", "--coding", "g729a"}), 1);
+  EXPECT_EQ(Run({"convert", input, out, "--force", "--coding", "truespeech"}), 1);
   EXPECT_NE(errors.find("600 QVERR_CREATE_FAILED"), std::string::npos) << errors;
   EXPECT_EQ(tests::ReadBytes(out), pcm);
   EXPECT_EQ(Run({"convert", out, directory.File("alaw.wav"), "--coding", "alaw"}), 0) << errors;
@@ -358,6 +358,34 @@ TEST_F(Program, CodecDecodesWholeFramesAsFFmpegDoes) {
   EXPECT_EQ(samples, tests::ReadSamples(raw));
 }
 
+TEST_F(Program, ConvertAndCodecMakeTheSameFramesOfG729A) {
+  const std::string input = std::string(MEDIA_ACCESSOR_RECORDINGS) + "/call.wav";
+  const std::string wav = directory.File("x.wav");
+  const std::string raw = directory.File("x.raw");
+  const std::string coded = directory.File("x.g729a");
+  EXPECT_EQ(Run({"convert", "--coding", "g729a", "--rate", "16000", input, wav}), 2);
+  EXPECT_NE(errors.find("--coding g729a is always 8000 Hz"), std::string::npos) << errors;
+  const std::string wide = Fixture("au_sox_three_channels.au");
+  EXPECT_EQ(Run({"convert", "--coding", "g729a", "--mode", "separate", wide, wav}), 1);
+  EXPECT_NE(errors.find("is not written here for 3 channel(s) at 8000 Hz"), std::string::npos)
+      << errors;
+  EXPECT_FALSE(std::filesystem::exists(wav));
+  EXPECT_EQ(Run({"convert", "--coding", "g729a", "--channels", "0", input, wav}), 0) << errors;
+  EXPECT_EQ(Run({"decode", "--channels", "0", input, "-o", raw}), 0) << errors;
+  EXPECT_EQ(Run({"codec", "encode", "--codec", "g729a", raw, "-o", coded}), 0) << errors;
+  const tests::Bytes frames = tests::ReadBytes(coded);
+  const tests::Bytes file = tests::ReadBytes(wav);
+  ASSERT_EQ(frames.size(), 2400U);
+  ASSERT_EQ(file.size(), 46 + frames.size() + 12);
+  EXPECT_TRUE(std::equal(frames.begin(), frames.end(), file.begin() + 46));
+  for (const std::string& made : {wav, coded}) {
+    EXPECT_EQ(Run({"info", made, "--json", "--exact"}), 0) << errors;
+    const auto facts = nlohmann::json::parse(output)[0];
+    EXPECT_EQ(facts["encoding"], "ITU-T G.729A 8 kbit/s");
+    EXPECT_EQ(facts["exact_milliseconds"], 2400);
+  }
+}
+
 TEST_F(Program, CodecRefusals) {
   const std::string input = directory.File("x.g722");
   tests::WriteBytes(input, tests::Bytes(160, 1));
@@ -370,7 +398,7 @@ TEST_F(Program, CodecRefusals) {
   const Arguments decode = {"decode", input, "-o", raw, "--codec"};
   const Arguments encode = {"encode", input, "-o", raw, "--codec"};
   const Case cases[] = {
-      {decode + Arguments{"g729a"}, 1, "--codec g729a: this codec is not in the library"},
+      {decode + Arguments{"g723-63"}, 1, "--codec g723-63: this codec is not in the library"},
       {encode + Arguments{"g723-53"}, 1, "--codec g723-53: this codec is not in the library"},
       {encode + Arguments{"g722-1"}, 1, "--codec g722-1: this codec is decoded only"},
       {decode + Arguments{"g722-1"}, 2, "needs a --bit-rate: 24000 or 32000"},
@@ -413,6 +441,7 @@ TEST_F(Program, Formats) {
             "alaw       AUD/NMF/WAV/G729AB/TrueSpeech/G722/ALaw/Mulaw format\n"
             "au         Sun AU Format\n"
             "g722       AUD/NMF/WAV/G729AB/TrueSpeech/G722/ALaw/Mulaw format\n"
+            "g729a      AUD/NMF/WAV/G729AB/TrueSpeech/G722/ALaw/Mulaw format\n"
             "mulaw      AUD/NMF/WAV/G729AB/TrueSpeech/G722/ALaw/Mulaw format\n"
             "opus       Opus media format\n"
             "vox        Oki/Dialogic VOX Format\n"
@@ -420,7 +449,7 @@ TEST_F(Program, Formats) {
             "wav        Portable WAV Format, AUD/NMF/WAV/G729AB/TrueSpeech/G722/ALaw/Mulaw format, "
             "Microsoft WAV Format\n");
   EXPECT_EQ(Run({"formats", "--json"}), 0);
-  EXPECT_EQ(nlohmann::json::parse(output)[7],
+  EXPECT_EQ(nlohmann::json::parse(output)[8],
             (nlohmann::json{
                 {"extension", "wav"},
                 {"candidates",

@@ -39,20 +39,20 @@ constexpr std::uint32_t kNoTag = 0;
 struct Coding {
   std::wstring_view extension;  // of raw files, in upper case; or empty
   std::uint32_t tag;            // of wave files, or kNoTag
+  unsigned blockAlign;          // of wave files, for each channel: bytes of a frame
   const wchar_t* name;
   WaveLaw law;              // of G.711; kLinear: the speech decoder's
   IPPCoder::CODEC codec{};  // whose frames hold a whole number of samples a byte
   long bitRate = 0;
-  unsigned blockAlign = 1;  // of wave files, for each channel: the bytes of a frame
 
   bool IsFramed() const { return law == WaveLaw::kLinear; }
 };
 
 constexpr Coding kCodings[] = {
-    {L"G722", kNoTag, L"CCITT G.722 64 kbit/s", WaveLaw::kLinear, IPPCoder::G722, 64'000},
-    {L"G729A", 0x83, L"ITU-T G.729A 8 kbit/s", WaveLaw::kLinear, IPPCoder::G729A, 8000, 10},
-    {L"ALAW", 6, kALawName, WaveLaw::kALaw},
-    {L"MULAW", 7, kMuLawName, WaveLaw::kMuLaw},
+    {L"G722", kNoTag, 0, L"CCITT G.722 64 kbit/s", WaveLaw::kLinear, IPPCoder::G722, 64'000},
+    {L"G729A", 0x83, 10, L"ITU-T G.729A 8 kbit/s", WaveLaw::kLinear, IPPCoder::G729A, 8000},
+    {L"ALAW", 6, 1, kALawName, WaveLaw::kALaw},
+    {L"MULAW", 7, 1, kMuLawName, WaveLaw::kMuLaw},
 };
 
 constexpr bool IsRaw(const Coding& coding) { return !coding.extension.empty(); }

@@ -31,7 +31,8 @@ enum WAVOutputCoding : int {
 /// ResamplingMediaAccessor (resampling_media_accessor.h), and the header tells 8000 Hz. Each side
 /// of a stereo file has an encoder of its own; their frames of 10 bytes alternate, the left one
 /// first, so that a block of 20 bytes is 10 ms. The library's own reader (media_file_functions.h)
-/// and FFmpeg take the sides apart again.
+/// and FFmpeg take the sides apart again. As the encoder looks ahead, everything is read back 5 ms
+/// later, without the last 5 ms.
 ///
 /// The operations of CMediaSink other than Release are not for use: pushing audio in is
 /// QVERR_FILE_NOT_OPEN.

@@ -37,7 +37,8 @@ FrameIndices Unpack(const unsigned char* data) noexcept {
   unsigned position = 0;
   VisitFields(indices, [&](unsigned bits, unsigned& value) {
     for (const unsigned end = position + bits; position < end; ++position) {
-      value = value << 1 | (data[position / 8] >> (7 - position % 8) & 1U);
+      const unsigned byte = data[position / 8];
+      value = value << 1 | (byte >> (7 - position % 8) & 1);
     }
   });
   return indices;

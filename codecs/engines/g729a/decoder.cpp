@@ -1,14 +1,13 @@
 // The signal path of each subframe:
 //
-//     lag ── past excitation ─ pitch gain ─┐                 (lag_code, excitation)
-//     pulses ─ sharpening ──── code gain ──┴─ excitation     (gain_predictor)
-//                                                │
-//     line spectrum ─ mean with the last one ─ 1/A(z)        (lsf_predictor, line_spectrum,
-//     filters)
-//                                                │
-//                       pitch, formants, tilt, level         (post_filter)
-//                                                │
-//                                     high pass, times two   (high_pass)
+//     lag ── past excitation ─ pitch gain ─┐            lag_code, excitation
+//     pulses ─ sharpening ──── code gain ──┴─ sum       gain_predictor
+//                                              │
+//     line spectrum ─ mean with the last ─── 1/A(z)     lsf_predictor, line_spectrum, filters
+//                                              │
+//                       pitch, formants, tilt, level    post_filter
+//                                              │
+//                                          high pass    high_pass
 //
 // An erased frame goes the same way with parameters of concealment.h.
 #include "codecs/engines/g729a/decoder.h"
@@ -30,11 +29,13 @@ void Decoder::Decode(const CodedFrame& frame, short* samples) noexcept {
   const Filter filters[kSubframes] = {FilterOf(Between(cosines_, cosines)), FilterOf(cosines)};
   cosines_ = cosines;
 
+  int firstLag = 0;
   for (std::size_t i = 0; i < kSubframes; ++i) {
     const std::size_t begin = i * kSubframeSamples;
     Word* const excitation = excitation_.data() + kExcitationHistory + begin;
     Word* const speech = speech_.data() + kOrder + begin;
-    const Lag lag = DecodeLag(i, indices, frame.isErased);
+    const Lag lag = DecodeLag(i, indices, frame.isErased, firstLag);
+    if (i == 0) firstLag = lag.samples;
     MakeExcitation(lag, indices.subframes[i], frame.isErased, excitation);
     Synthesize(filters[i], excitation, speech);
     if (modes_.postFilter) {
@@ -49,17 +50,16 @@ void Decoder::Decode(const CodedFrame& frame, short* samples) noexcept {
 }
 
 // The second subframe's lag is beside the one that the first was decoded with.
-Lag Decoder::DecodeLag(std::size_t subframe, const FrameIndices& indices, bool isErased) noexcept {
+Lag Decoder::DecodeLag(std::size_t subframe, const FrameIndices& indices, bool isErased,
+                       int firstLag) noexcept {
   const unsigned index = indices.subframes[subframe].lag;
   const bool isDamaged = subframe == 0 && indices.parity != ParityOf(index);
   if (isErased || isDamaged) {
     const Lag lag{lastLag_, 0};
-    firstLag_ = lastLag_;
     lastLag_ = LongerLag(lastLag_);
     return lag;
   }
-  const Lag lag = subframe == 0 ? FirstLag(index) : SecondLag(index, LeastSecondLag(firstLag_));
-  if (subframe == 0) firstLag_ = lag.samples;
+  const Lag lag = subframe == 0 ? FirstLag(index) : SecondLag(index, LeastSecondLag(firstLag));
   lastLag_ = lag.samples;
   return lag;
 }

@@ -30,7 +30,8 @@ class Decoder {
   void Decode(const CodedFrame& frame, short* samples) noexcept;
 
  private:
-  Lag DecodeLag(std::size_t subframe, const FrameIndices& indices, bool isErased) noexcept;
+  Lag DecodeLag(std::size_t subframe, const FrameIndices& indices, bool isErased,
+                int firstLag) noexcept;
   void DecodeGains(const SubframeIndices& indices, bool isErased, const Subframe& code) noexcept;
   void MakeExcitation(Lag lag, const SubframeIndices& indices, bool isErased,
                       fixed_point::Word* excitation) noexcept;
@@ -41,7 +42,6 @@ class Decoder {
   LSFPredictor lsf_;
   LineSpectrum cosines_ = kStartCosines;  // of the frame before
   int lastLag_ = 60;                      // what an erased frame begins with
-  int firstLag_ = 60;                     // of the first subframe
   fixed_point::Word sharpening_ = kLeastSharpening;
   fixed_point::Word pitchGain_ = 0, codeGain_ = 0;  // Q14 and Q1
   GainPredictor gainPredictor_;

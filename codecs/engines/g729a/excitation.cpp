@@ -16,8 +16,9 @@ using namespace fixed_point;
 namespace {
 
 constexpr std::size_t kTaps = 10;  // each way
-// The end of the filter stays before the block that it makes.
-static_assert(kFilterBlock + kTaps < static_cast<std::size_t>(kLeastLag));
+// The end of the filter stays before the block that it makes, also for the shortest lag that a
+// frame may send, which is one less.
+static_assert(kFilterBlock + kTaps <= static_cast<std::size_t>(kLeastLag) - 1);
 
 // The interpolation at thirds after a sample: from the coefficient of the sample ten later to that
 // of the sample nine earlier.

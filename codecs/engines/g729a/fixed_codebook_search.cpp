@@ -92,14 +92,15 @@ void SetGains(const Subframe& backward, Pulses& pulses) noexcept {
   }
 }
 
-// Puts the signs of a place and of all before into what they have in common. Two pulses of one
-// sign lose one of rounding, since the sign is 32767.
+// Puts the signs of a place and of all before into what they have in common: times 32767, which
+// takes one from what is above 0, or times -32768. What saturated to -2^15 goes to the numbers
+// beside the limits either way.
 void PutSigns(std::size_t position, const Subframe& negative, Subframe& common) noexcept {
   const Word sign = negative[position];
   for (std::size_t i = 0; i < position; ++i) {
-    const Word value = common[i];
+    const Word value = std::max<Word>(common[i], -kMostWord);
     const auto same = static_cast<Word>(value - (value > 0 ? 1 : 0));
-    const auto different = static_cast<Word>(-std::max<Word>(value, -kMostWord));
+    const auto different = static_cast<Word>(-value);
     common[i] = negative[i] == sign ? same : different;
   }
 }

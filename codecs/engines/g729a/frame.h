@@ -14,7 +14,8 @@ inline constexpr std::size_t kSubframeSamples = kFrameSamples / kSubframes;
 inline constexpr std::size_t kFrameBytes = 10;
 inline constexpr std::size_t kOrder = 10;  ///< of the linear prediction
 
-/// Samples from one period of the voice to the next.
+/// Samples from one period of the voice to the next, as an encoder sends them; with thirds, and
+/// where frames are lost, one less and one more.
 inline constexpr int kLeastLag = 20;
 inline constexpr int kMostLag = 143;
 

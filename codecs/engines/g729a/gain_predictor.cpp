@@ -6,6 +6,7 @@
 #include "codecs/engines/g729a/functions.h"
 #include "codecs/engines/g729a/gain_tables.h"
 #include "codecs/engines/g729a/split.h"
+#include "codecs/engines/sums_of_products.h"
 
 namespace Quorvex::g729a {
 
@@ -19,9 +20,7 @@ constexpr Word kDecibels = 24660;
 }  // namespace
 
 PredictedGain GainPredictor::Predict(const Subframe& code) const noexcept {
-  Long energy = 0;
-  for (const Word sample : code) energy = MultiplyAdd(energy, sample, sample);
-  const Logarithm log = Log2(energy);
+  const Logarithm log = Log2(Correlate(code.data(), code.data(), code.size()));
   // The mean energy of speech less that of the code, and the predicted difference.
   const Long difference = SplitMultiply({log.exponent, log.fraction}, Word{-kDecibels});
   Long sum = LongShiftLeft(MultiplyAdd(difference, 32588, 32), 10);

@@ -82,7 +82,8 @@ ErrorForm FormOf(const GainTask& task) noexcept {
 Optimum OptimumOf(const ErrorForm& form) noexcept {
   const Scaled determinant = Difference(ProductOf(form.pitchSquared, form.codeSquared, -1),
                                         ProductOf(form.product, form.product, 1));
-  // Not above 0 by rounding only, where one vector is a multiple of the other.
+  // Not above 0 only where one vector is a multiple of the other, or where sums saturate; then the
+  // standard divides by what it must not.
   const Word divisor = std::max<Word>(determinant.value, 0x4000);
   const Scaled inverse{Negate(Divide(0x4000, divisor)), 29 - determinant.shift};
   const auto quotient = [inverse](LongScaled a, LongScaled b, int shift) {

@@ -10,6 +10,7 @@
 
 #include "codecs/engines/g729a/functions.h"
 #include "codecs/engines/g729a/split.h"
+#include "codecs/engines/sums_of_products.h"
 
 namespace Quorvex::g729a {
 
@@ -72,13 +73,8 @@ class Speech {
   }
 
   Long Product(const Word* a, const Word* b, Long start) const noexcept {
-    if (!isPlain_) {
-      for (std::size_t i = 0; i < kCompared; ++i) start = MultiplyAdd(start, a[i], b[i]);
-      return start;
-    }
-    Long sum = 0;
-    for (std::size_t i = 0; i < kCompared; ++i) sum += Long{a[i]} * b[i];
-    return 2 * sum + start;
+    return isPlain_ ? 2 * CorrelateUndoubled(a, b, kCompared) + start
+                    : Correlate(a, b, kCompared, start);
   }
 
   std::array<Phase, 2> phases_;

@@ -23,6 +23,7 @@
 #include "benchmarks/noise.h"
 #include "benchmarks/speech_codec_peers.h"
 #include "codecs/engine.h"
+#include "tests/likeness.h"
 
 namespace {
 
@@ -155,21 +156,9 @@ void AddG7221() {
   AddLibavcodec(job, "its G.722", AvCodec::kG722, CodedNoise(64000));
 }
 
-struct Likeness {
-  double correlation;
-  double level;  // dB, of the second above the first
-};
-
-// @param delay  samples, of the second.
-Likeness Compare(const Samples& first, const Samples& second, std::size_t delay = 0) {
-  double product = 0, firstSquare = 1e-9, secondSquare = 1e-9;
-  for (std::size_t i = delay; i < std::min(first.size() + delay, second.size()); ++i) {
-    product += 1.0 * first[i - delay] * second[i];
-    firstSquare += 1.0 * first[i - delay] * first[i - delay];
-    secondSquare += 1.0 * second[i] * second[i];
-  }
-  return {product / std::sqrt(firstSquare * secondSquare),
-          10 * std::log10(secondSquare / firstSquare)};
+// How much louder one is than the other.
+double Decibels(const Samples& samples, const Samples& others) {
+  return 20 * std::log10(tests::Level(samples) / tests::Level(others));
 }
 
 // The frames of either encoder have to be as near to the speech, heard through the same decoder,
@@ -179,17 +168,17 @@ bool IsG729ARight(const Samples& speech, const Bytes& frames) {
   const Samples peers = benchmarks::DecodeBcg729(frames);
   const Samples ours = DecodeOurs(*MakeDecoder(IPPCoder::G729A, 0), frames);
   const Samples peersAlone = benchmarks::DecodeBcg729(benchmarks::EncodeBcg729(speech));
-  const Likeness decoders = Compare(peers, ours);
-  const Likeness encoder = Compare(speech, peers, kLookAhead);
-  const Likeness peersEncoder = Compare(speech, peersAlone, kLookAhead);
+  const double decoders = tests::Correlation(peers, ours);
+  const double decodersLevel = Decibels(ours, peers);
+  const double encoder = tests::Correlation(speech, peers, kLookAhead);
+  const double peersEncoder = tests::Correlation(speech, peersAlone, kLookAhead);
+  const double encodersLevel = Decibels(peers, peersAlone);
   std::printf(
       "G.729A, decoders: correlation %.4f, level %+.2f dB; encoders: correlation with the speech "
-      "%.3f, libbcg729's %.3f, level %+.2f dB, %+.2f dB\n",
-      decoders.correlation, decoders.level, encoder.correlation, peersEncoder.correlation,
-      encoder.level, peersEncoder.level);
-  return ours.size() == speech.size() && decoders.correlation > 0.998 &&
-         std::abs(decoders.level) < 0.1 && encoder.correlation > peersEncoder.correlation - 0.02 &&
-         std::abs(encoder.level - peersEncoder.level) < 0.5;
+      "%.3f, libbcg729's %.3f, level %+.2f dB\n",
+      decoders, decodersLevel, encoder, peersEncoder, encodersLevel);
+  return ours.size() == speech.size() && decoders > 0.998 && std::abs(decodersLevel) < 0.1 &&
+         encoder > peersEncoder - 0.02 && std::abs(encodersLevel) < 0.5;
 }
 
 bool AddG729A() {

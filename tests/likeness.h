@@ -3,13 +3,13 @@
 
 #include <cmath>
 #include <cstddef>
-#include <vector>
+#include <span>
 
 namespace tests {
 
 /// The correlation of two signals whose second is delayed, from -1 to 1, over what they share; 0
 /// when one is silent.
-inline double Correlation(const std::vector<short>& first, const std::vector<short>& second,
+inline double Correlation(std::span<const short> first, std::span<const short> second,
                           std::size_t delay = 0) {
   double product = 0;
   double squares = 0;
@@ -25,7 +25,7 @@ inline double Correlation(const std::vector<short>& first, const std::vector<sho
 }
 
 /// The root of the mean square.
-inline double Level(const std::vector<short>& samples) {
+inline double Level(std::span<const short> samples) {
   double squares = 0;
   for (const double sample : samples) squares += sample * sample;
   return samples.empty() ? 0 : std::sqrt(squares / static_cast<double>(samples.size()));

@@ -28,7 +28,8 @@ class COutputWAVMediaFileImpl {
   QVERRORCODE_TAG SetSamplingFrequency(std::uint32_t hertz) noexcept;
   QVERRORCODE_TAG SetChannelCount(std::uint16_t channels) noexcept;
 
-  /// Why Open would refuse before it creates anything, or QVERR_OK: QVERR_ALREADY_OPEN;
+  /// Why Open would refuse before it creates anything, or QVERR_OK. A speech coding's stream begins
+  /// here; Open begins it anew. QVERR_ALREADY_OPEN;
   /// QVERR_NO_SAMPLING_FREQUENCY; those of CWAVMediaFileImpl::CheckOutput and SpeechFrames::Begin.
   QVERRORCODE_TAG Check() noexcept;
 

@@ -71,7 +71,7 @@ class MEDIA_ACCESSOR_API CWAVFileWriter : public CMediaFileWriter {
   ///                                  or without its encoder
   ///     QVERR_INVALID_ARGUMENT       a frequency that the header cannot tell
   ///     QVERR_BAD_STATE              a frequency that cannot be converted to G.729A's: it is more
-  ///                                  than about 62 times higher
+  ///                                  than about 62 times higher, or 1,024 times lower
   ///     QVERR_NOT_LICENSED           the licence of G.729A ended after it was chosen
   ///     QVERR_FILE_CREATE_FAILED     the file exists and is not to be replaced, or cannot be
   ///                                  created; only a regular file is ever replaced

@@ -236,6 +236,7 @@ TEST_F(SpeechOutput, WhatIsRefusedCreatesNothing) {
   for (const Case& c : {Case{3, 8000, QVERR_UNSUPPORTED_CHANNELS},
                         {0, 8000, QVERR_BAD_CHANNEL_COUNT},
                         {1, 1'000'000, QVERR_BAD_STATE},
+                        {1, 1'000'000, QVERR_BAD_STATE},  // again
                         {1, 0x80000000, QVERR_INVALID_ARGUMENT}}) {
     output.SetChannelCount(c.channels);
     output.SetSamplingFrequency(c.frequency);
@@ -290,6 +291,26 @@ TEST_F(SpeechOutput, ALicenceThatEndsEndsTheFile) {
     EXPECT_FALSE(std::filesystem::exists(path));
     InitializeMediaAccessorLibrary("", "");
   }
+}
+
+// What the left encoder queued before the right one was refused is in no later file.
+TEST_F(SpeechOutput, ALicenceThatEndsBetweenTheSides) {
+  static int asked;
+  const MediaAccessorLicenceCheck check = [](const char*) {
+    return ++asked == 2 ? QVERR_NOT_LICENSED : QVERR_OK;
+  };
+  const std::vector<short> samples(160, 7);
+  ASSERT_EQ(output.SetOutputCoding(kWAVOutputG729A), QVERR_OK);
+  Open(2, 8000);
+  asked = 0;
+  ASSERT_EQ(InitializeMediaAccessorLibrary(nullptr, check), QVERR_OK);
+  EXPECT_EQ(output.Write(samples.data(), 80), QVERR_NOT_LICENSED);
+  EXPECT_EQ(tests::engineRecord.encoded.size(), 1U);
+  output.Abandon();
+  InitializeMediaAccessorLibrary(nullptr, MediaAccessorLicenceCheck{});
+  Open(2, 8000);
+  EXPECT_EQ(output.Close(), QVERR_OK);
+  EXPECT_EQ(tests::ReadBytes(path)[42], 0) << "bytes of data";
 }
 
 }  // namespace

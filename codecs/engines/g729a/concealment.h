@@ -28,7 +28,7 @@ class RandomPulses {
 constexpr int LongerLag(int lag) noexcept { return lag < kMostLag ? lag + 1 : kMostLag; }
 
 /// The gains fall from subframe to subframe, the fixed codebook's more slowly. The pitch gain is
-/// Q14, yet held as if it were Q15: to 1.8, not to 0.9.
+/// Q14, yet the standard holds it as if it were Q15: to 1.8, not to 0.9.
 constexpr fixed_point::Word FallingPitchGain(fixed_point::Word gain) noexcept {
   constexpr fixed_point::Word kFactor = 29491;
   return std::min(fixed_point::Multiply(gain, kFactor), kFactor);

@@ -6,7 +6,8 @@
 namespace Quorvex {
 
 /// "IPP_G729A". An erased frame goes on with the voice before, falling off; it is never muted. The
-/// encoder looks 5 ms ahead: what it codes first is 40 samples of silence.
+/// encoder looks 5 ms ahead: what it codes first is 40 samples of silence. Of the modes, there is
+/// the post-filter only; the output's high-pass filter stays without it.
 const SpeechEngine& G729AEngine() noexcept;
 
 }  // namespace Quorvex

@@ -19,6 +19,9 @@ namespace {
 
 constexpr Word kZeros = 18022;  // 0.55, Q15
 constexpr Word kPoles = 22938;  // 0.7
+// How much of the gain stays from sample to sample, and how much is taken of the one to come.
+constexpr Word kKeptGain = 29491;  // 0.9
+constexpr Word kNewGain = 3276;    // 0.1
 
 /// What the samples of a lag before add to the samples themselves, both Q15.
 struct PitchWeights {
@@ -35,8 +38,8 @@ PitchWeights WeightsOf(int lag, Long correlation, Long delayed, Long own) noexce
   const Word e = normal(delayed);
   // Less than 3 dB are gained.
   if (LongMultiply(c, c) < LongMultiply(e, normal(own)) >> 1) return {};
-  if (c > e) return {lag, 21845, 10923};  // 2/3 and 1/3
-  const Word halfC = ShiftRight(Multiply(c, 16384), 1);
+  if (c > e) return {lag, 21845, 10923};                 // 2/3 and 1/3
+  const Word halfC = ShiftRight(Multiply(c, 16384), 1);  // weighs half
   const Word sum = Add(halfC, ShiftRight(e, 1));
   const Word gain = sum > 0 ? Divide(halfC, sum) : Word{0};
   return {lag, Subtract(kMostWord, gain), gain};
@@ -149,10 +152,10 @@ void PostFilter::ControlLevel(const Word* speech, Word* filtered) noexcept {
     const Word ratio =
         Divide(Round(LongShiftLeft(output, outputNorm)), Round(LongShiftLeft(input, inputNorm)));
     const Long root = InverseRoot(LongShiftRight(LongShiftLeft(ratio, 7), outputNorm - inputNorm));
-    target = Multiply(Round(LongShiftLeft(root, 9)), 3276);
+    target = Multiply(Round(LongShiftLeft(root, 9)), kNewGain);
   }
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    gain_ = Add(Multiply(gain_, 29491), target);
+    gain_ = Add(Multiply(gain_, kKeptGain), target);
     filtered[n] = High(LongShiftLeft(LongMultiply(filtered[n], gain_), 3));
   }
 }

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 #include "codecs/engines/fixed_point.h"
 
@@ -16,10 +17,20 @@ inline Long Peak(const Word* values, std::size_t count) noexcept {
   return bits + 1;
 }
 
-inline Long SumOfMagnitudes(const Word* values, std::size_t count) noexcept {
+constexpr Long SumOfMagnitudes(const Word* values, std::size_t count) noexcept {
   Long sum = 0;
   for (std::size_t i = 0; i < count; ++i) sum += values[i] < 0 ? -values[i] : values[i];
   return sum;
+}
+
+/// Twice the sum of the squares, as a chain of MultiplyAdd has it, but for its limits.
+inline std::int64_t ExactEnergy(const Word* values, std::size_t count) noexcept {
+  std::int64_t sum = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const Long square = values[i] * values[i];
+    sum += square;
+  }
+  return 2 * sum;
 }
 
 /// MultiplyAdd doubles every product and saturates from 2^31 on: undoubled sums that stay below

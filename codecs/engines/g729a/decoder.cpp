@@ -45,8 +45,8 @@ void Decoder::Decode(const CodedFrame& frame, short* samples) noexcept {
     }
   }
   highPass_.FilterOutput({samples, kFrameSamples});
-  std::copy_n(excitation_.end() - kExcitationHistory, kExcitationHistory, excitation_.begin());
-  std::copy_n(speech_.end() - kOrder, kOrder, speech_.begin());
+  std::shift_left(excitation_.begin(), excitation_.end(), kFrameSamples);
+  std::shift_left(speech_.begin(), speech_.end(), kFrameSamples);
 }
 
 // The second subframe's lag is beside the one that the first was decoded with.
@@ -86,12 +86,10 @@ void Decoder::DecodeGains(const SubframeIndices& indices, bool isErased,
     codeGain_ = FallingCodeGain(codeGain_);
     gainPredictor_.UpdateLost();
   } else {
-    const GainPair& first = kFirstGains[kFirstRows[indices.firstGain]];
-    const GainPair& second = kSecondGains[kSecondRows[indices.secondGain]];
-    const Long factor = Long{first.factor} + second.factor;
-    pitchGain_ = Add(first.pitch, second.pitch);
-    codeGain_ = CodeGainOf(gainPredictor_.Predict(code), factor);
-    gainPredictor_.Update(factor);
+    const GainSum gains = SumOfRows(kFirstRows[indices.firstGain], kSecondRows[indices.secondGain]);
+    pitchGain_ = gains.pitch;
+    codeGain_ = CodeGainOf(gainPredictor_.Predict(code), gains.factor);
+    gainPredictor_.Update(gains.factor);
   }
   sharpening_ = SharpeningOf(pitchGain_);
 }

@@ -30,12 +30,6 @@ Filter Flatten(const Filter& weighted) noexcept {
   return flat;
 }
 
-// The last frame becomes what came before.
-template <std::size_t kSize>
-void Advance(std::array<Word, kSize>& samples) noexcept {
-  std::copy(samples.begin() + kFrameSamples, samples.end(), samples.begin());
-}
-
 }  // namespace
 
 std::size_t Encoder::Encode(const short* samples, unsigned char* data) noexcept {
@@ -55,13 +49,13 @@ std::size_t Encoder::Encode(const short* samples, unsigned char* data) noexcept 
   }
   indices.parity = ParityOf(indices.subframes[0].lag);
   Pack(indices, data);
-  Advance(excitation_);
-  Advance(weighted_);
+  std::shift_left(excitation_.begin(), excitation_.end(), kFrameSamples);
+  std::shift_left(weighted_.begin(), weighted_.end(), kFrameSamples);
   return kFrameBytes;
 }
 
 void Encoder::Append(const short* samples) noexcept {
-  Advance(samples_);
+  std::shift_left(samples_.begin(), samples_.end(), kFrameSamples);
   const auto newest = std::span(samples_).last<kFrameSamples>();
   std::copy_n(samples, kFrameSamples, newest.begin());
   highPass_.FilterInput(newest);

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdlib>
+#include <iterator>
 
 #include "codecs/engines/block_filter.h"
 #include "codecs/engines/g729a/pitch_tables.h"
@@ -37,11 +38,7 @@ constexpr std::array<Taps, 3> kPlaces = [] {
 // Samples below this add up without saturating, whatever their signs and the place.
 constexpr Long kLoud = [] {
   Long most = 0;
-  for (const Taps& taps : kPlaces) {
-    Long sum = 0;
-    for (const Word tap : taps) sum += tap < 0 ? -tap : tap;
-    most = std::max(most, sum);
-  }
+  for (const Taps& taps : kPlaces) most = std::max(most, SumOfMagnitudes(taps.data(), taps.size()));
   return kSumLimit / most;
 }();
 
@@ -76,18 +73,13 @@ void RepeatExcitation(Lag lag, Word* excitation) noexcept {
 }
 
 Subframe PulsesOf(unsigned positions, unsigned signs) noexcept {
+  // A bit chooses the last track.
+  const unsigned tracks[] = {0, 1, 2, 3 + (positions >> 9 & 1)};
+  const unsigned places[] = {positions, positions >> 3, positions >> 6, positions >> 10};
   Subframe code{};
-  const auto place = [&](unsigned pulse, unsigned track) {
-    const std::size_t position = 5 * (positions & 7) + track;
-    code[position] = (signs >> pulse & 1) != 0 ? 8191 : -8192;
-    positions >>= 3;
-  };
-  place(0, 0);
-  place(1, 1);
-  place(2, 2);
-  const unsigned last = 3 + (positions & 1);
-  positions >>= 1;
-  place(3, last);
+  for (std::size_t k = 0; k < std::size(tracks); ++k) {
+    code[5 * (places[k] & 7) + tracks[k]] = (signs >> k & 1) != 0 ? 8191 : -8192;
+  }
   return code;
 }
 

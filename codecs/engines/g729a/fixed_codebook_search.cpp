@@ -44,8 +44,7 @@ using ByRank = std::array<Word, kSubframeSamples>;
 
 // What the search knows of each place, by rank.
 struct Pulses {
-  ByRank gains;  ///< at most 2^13
-  std::array<bool, kSubframeSamples> negative;
+  ByRank gains;                                 ///< at most 2^13
   ByRank energies;                              ///< not below 0
   std::array<ByRank, kSubframeSamples> common;  ///< of two places, both ways, above -2^15
 };
@@ -86,9 +85,7 @@ Subframe Level(const Subframe& response) noexcept {
 
 void SetGains(const Subframe& backward, Pulses& pulses) noexcept {
   for (std::size_t rank = 0; rank < kSubframeSamples; ++rank) {
-    const Word gain = backward[PositionOf(rank)];
-    pulses.gains[rank] = Absolute(gain);
-    pulses.negative[rank] = gain < 0;
+    pulses.gains[rank] = Absolute(backward[PositionOf(rank)]);
   }
 }
 
@@ -256,11 +253,11 @@ unsigned PositionsOf(const std::array<std::size_t, kPulses>& ranks) noexcept {
   return static_cast<unsigned>((bits & 0x1FF) | last << 9 | (bits >> 9) << 10);
 }
 
-void AddResponse(const Subframe& response, std::size_t position, bool negative,
+void AddResponse(const Subframe& response, std::size_t position, bool isNegative,
                  Subframe& filtered) noexcept {
   for (std::size_t i = position; i < kSubframeSamples; ++i) {
     const Word sample = response[i - position];
-    filtered[i] = negative ? Subtract(filtered[i], sample) : Add(filtered[i], sample);
+    filtered[i] = isNegative ? Subtract(filtered[i], sample) : Add(filtered[i], sample);
   }
 }
 
@@ -275,9 +272,10 @@ FixedCode SearchFixedCode(const Subframe& target, const Subframe& response) noex
 
   FixedCode code{.positions = PositionsOf(ranks)};
   for (std::size_t k = 0; k < kPulses; ++k) {
-    const bool negative = pulses.negative[ranks[k]];
-    if (!negative) code.signs |= 1U << k;
-    AddResponse(response, PositionOf(ranks[k]), negative, code.filtered);
+    const std::size_t position = PositionOf(ranks[k]);
+    const bool isNegative = backward[position] < 0;
+    if (!isNegative) code.signs |= 1U << k;
+    AddResponse(response, position, isNegative, code.filtered);
   }
   return code;
 }

@@ -150,8 +150,9 @@ class ErrorMeasure {
     });
   }
 
-  Long Of(Word pitch, Long factor) const noexcept {
-    const Word code = Multiply(predicted_, Low(factor >> 1));
+  Long Of(const GainSum& gains) const noexcept {
+    const Word pitch = gains.pitch;
+    const Word code = Multiply(predicted_, Low(gains.factor >> 1));
     const std::array<Word, 5> powers = {Multiply(pitch, pitch), pitch, Multiply(code, code), code,
                                         Multiply(code, pitch)};
     Long error = 0;
@@ -172,9 +173,9 @@ Rows SearchRows(Rows begin, const ErrorMeasure& measure, bool isTamed) noexcept 
   Long least = kMostLong;
   for (std::size_t i = begin.first; i < begin.first + kFirstTried; ++i) {
     for (std::size_t j = begin.second; j < begin.second + kSecondTried; ++j) {
-      const Word pitch = Add(kFirstGains[i].pitch, kSecondGains[j].pitch);
-      if (isTamed && pitch >= kMostTamedGain) continue;
-      const Long error = measure.Of(pitch, Long{kFirstGains[i].factor} + kSecondGains[j].factor);
+      const GainSum gains = SumOfRows(i, j);
+      if (isTamed && gains.pitch >= kMostTamedGain) continue;
+      const Long error = measure.Of(gains);
       if (error < least) {
         least = error;
         best = {i, j};
@@ -192,12 +193,9 @@ CodedGains SearchGains(const GainTask& task) noexcept {
   if (task.isTamed) optimum.pitch = std::min(optimum.pitch, kMostTamedOptimum);
   const Rows begin = Preselect(optimum, PlainGain(task.predicted));
   const Rows rows = SearchRows(begin, ErrorMeasure(form, task.predicted), task.isTamed);
-  const GainPair& first = kFirstGains[rows.first];
-  const GainPair& second = kSecondGains[rows.second];
   return {.firstIndex = kFirstIndices[rows.first],
           .secondIndex = kSecondIndices[rows.second],
-          .pitch = Add(first.pitch, second.pitch),
-          .factor = Long{first.factor} + second.factor};
+          .sum = SumOfRows(rows.first, rows.second)};
 }
 
 }  // namespace Quorvex::g729a

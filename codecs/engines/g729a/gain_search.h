@@ -1,10 +1,10 @@
 // Quantises both gains of a subframe together.
 #pragma once
 
-#include "codecs/engines/fixed_point.h"
 #include "codecs/engines/g729a/closed_loop_pitch.h"
 #include "codecs/engines/g729a/frame.h"
 #include "codecs/engines/g729a/gain_predictor.h"
+#include "codecs/engines/g729a/gain_tables.h"
 
 namespace Quorvex::g729a {
 
@@ -19,10 +19,9 @@ struct GainTask {
 };
 
 struct CodedGains {
-  unsigned firstIndex = 0;       ///< 3 bits
-  unsigned secondIndex = 0;      ///< 4 bits
-  fixed_point::Word pitch = 0;   ///< Q14
-  fixed_point::Long factor = 0;  ///< of the predicted gain, Q13
+  unsigned firstIndex = 0;   ///< 3 bits
+  unsigned secondIndex = 0;  ///< 4 bits
+  GainSum sum;               ///< what they stand for
 };
 
 CodedGains SearchGains(const GainTask& task) noexcept;

@@ -39,6 +39,16 @@ inline constexpr std::array<GainPair, 16> kSecondGains = {{{826, 2005},
                                                            {17299, 1861},
                                                            {18973, 5935}}};
 
+/// What a row of either codebook make together.
+struct GainSum {
+  fixed_point::Word pitch = 0;   ///< Q14
+  fixed_point::Long factor = 0;  ///< Q13; may have more than 16 bits
+};
+constexpr GainSum SumOfRows(std::size_t first, std::size_t second) noexcept {
+  return {fixed_point::Add(kFirstGains[first].pitch, kSecondGains[second].pitch),
+          fixed_point::Long{kFirstGains[first].factor} + kSecondGains[second].factor};
+}
+
 /// The codebooks are sorted for the search, what is sent is sorted so that a wrong bit does little:
 /// the index that stands for each row, and back.
 inline constexpr std::array<unsigned char, 8> kFirstIndices = {5, 1, 4, 7, 3, 0, 6, 2};

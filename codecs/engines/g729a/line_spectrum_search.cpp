@@ -3,10 +3,8 @@
 // of sign between two points of a grid shows a zero, two halvings and a straight line find it.
 #include "codecs/engines/g729a/line_spectrum_search.h"
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdlib>
 
 #include "codecs/engines/fixed_point.h"
 #include "codecs/engines/g729a/line_spectrum_tables.h"
@@ -31,17 +29,12 @@ struct Point {
 class Polynomials {
  public:
   explicit Polynomials(const Filter& filter) noexcept {
-    if (SetCoefficients(filter, 11)) {
-      isPlain_ = std::ranges::all_of(halves_, CannotSaturate);
-    } else {
-      SetCoefficients(filter, 10);
-    }
+    if (!SetCoefficients(filter, 11)) SetCoefficients(filter, 10);
   }
 
   // @param which  0: the sum, 1: the difference.
   Point At(Word x, std::size_t which) const noexcept {
-    const Long value = isPlain_ ? PlainValue(halves_[which], x) : Value(halves_[which], x);
-    return {x, High(LongShiftLeft(value, valueShift_))};
+    return {x, High(LongShiftLeft(Value(halves_[which], x), valueShift_))};
   }
 
  private:
@@ -64,17 +57,6 @@ class Polynomials {
     return fits;
   }
 
-  // The recursion's numbers are of 32 bits with 24 behind the point, so they must stay below 128.
-  // A Chebyshev polynomial of the second kind and order k is at most k + 1 between -1 and 1; that
-  // bounds the numbers, and twice the third, which occurs as a part of the next one. The first term
-  // leaves 1, which is much more than all that rounding adds.
-  static bool CannotSaturate(const Half& half) noexcept {
-    constexpr int kFactors[] = {12, 8, 5, 3, 1, 1};
-    int most = 0;
-    for (std::size_t i = 0; i < half.size(); ++i) most += kFactors[i] * std::abs(half[i]);
-    return most < 128 << 11;
-  }
-
   Long Value(const Half& half, Word x) const noexcept {
     Split before = {one_, 0};
     Split now = SplitUp(MultiplyAdd(LongMultiply(x, static_cast<Word>(2 * one_)), half[1], 4096));
@@ -90,26 +72,9 @@ class Polynomials {
     return MultiplySubtract(MultiplyAdd(value, subtracted.high, kLeastWord), subtracted.low, 1);
   }
 
-  // The same where nothing saturates and there are 11 bits of fraction.
-  static Long PlainValue(const Half& half, Word x) noexcept {
-    Long before = 1 << 24;
-    Long now = x * 1024 + half[1] * 8192;
-    for (std::size_t i = 2; i < kHalfOrder; ++i) {
-      const Long next = 2 * PlainMultiply(now, x) - (before & ~1) + half[i] * 8192;
-      before = now;
-      now = next;
-    }
-    return PlainMultiply(now, x) - (before & ~1) + half[kHalfOrder] * 4096;
-  }
-  static Long PlainMultiply(Long a, Word b) noexcept {
-    const Split split = SplitUp(a);
-    return 2 * (split.high * b + (split.low * b >> 15));
-  }
-
   std::array<Half, 2> halves_;
   Word one_ = 0;        // of the recursion's upper halves
   int valueShift_ = 0;  // from the recursion to what At returns
-  bool isPlain_ = false;
 };
 
 bool ChangeSign(Point a, Point b) noexcept { return Long{a.y} * b.y <= 0; }

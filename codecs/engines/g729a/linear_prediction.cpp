@@ -8,6 +8,7 @@
 
 #include "codecs/engines/g729a/linear_prediction_tables.h"
 #include "codecs/engines/g729a/split.h"
+#include "codecs/engines/sums_of_products.h"
 
 namespace Quorvex::g729a {
 
@@ -26,22 +27,15 @@ constexpr Word kMostReflection = 32750;
 // Zeros follow the samples, so that the loops over all lags have the same length.
 using Windowed = std::array<Word, kAnalysisSamples + kOrder>;
 
-// Not below 1. 240 squares are far from what 64 bits hold.
+// Not below 1.
 std::int64_t EnergyOf(const Windowed& samples) noexcept {
-  std::int64_t sum = 0;
-  for (std::size_t n = 0; n < kAnalysisSamples; ++n) {
-    const Long square = Long{samples[n]} * samples[n];
-    sum += square;
-  }
-  return 2 * sum + 1;
+  return ExactEnergy(samples.data(), kAnalysisSamples) + 1;
 }
 
 // The energy fits into 32 bits, and no sum of products is larger than that of the squares, nor is
 // a part of it: nothing can saturate.
 Long CorrelationAt(std::size_t lag, const Windowed& samples) noexcept {
-  Long sum = 0;
-  for (std::size_t n = 0; n < kAnalysisSamples; ++n) sum += Long{samples[n]} * samples[n + lag];
-  return 2 * sum;
+  return 2 * CorrelateUndoubled(samples.data(), samples.data() + lag, kAnalysisSamples);
 }
 
 Correlation Correlate(const Word* samples) noexcept {

@@ -53,12 +53,7 @@ class Speech {
   using Phase = std::array<Word, kPhaseSamples>;
 
   static std::int64_t EnergyOf(const Phase& phase) noexcept {
-    std::int64_t sum = 0;
-    for (const Word sample : phase) {
-      const Long square = Long{sample} * sample;
-      sum += square;
-    }
-    return 2 * sum;
+    return ExactEnergy(phase.data(), phase.size());
   }
 
   void Shift(int left) noexcept {

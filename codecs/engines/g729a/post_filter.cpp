@@ -130,12 +130,12 @@ void PostFilter::Filter(const g729a::Filter& filter, int lag, const Word* speech
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
     filtered[n] = Subtract(voiced[n + 1], Multiply(tilt, voiced[n]));
   }
-  std::copy_n(residual_.end() - kMostLag, kMostLag, residual_.begin());
+  std::shift_left(residual_.begin(), residual_.end(), kSubframeSamples);
 
   Word* const output = output_.data() + kOrder;
   Synthesize(poles, filtered, kSubframeSamples, output);
   std::copy_n(output, kSubframeSamples, filtered);
-  std::copy_n(output_.end() - kOrder, kOrder, output_.begin());
+  std::shift_left(output_.begin(), output_.end(), kSubframeSamples);
   ControlLevel(speech, filtered);
 }
 

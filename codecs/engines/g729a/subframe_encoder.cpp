@@ -76,12 +76,13 @@ SubframeIndices SubframeEncoder::Encode(std::size_t number, int openLoopLag, con
   Sharpen(lag, sharpening_, code.data());
 
   const PredictedGain predicted = gainPredictor_.Predict(code);
-  const CodedGains gains = SearchGains({.target = target,
+  const CodedGains coded = SearchGains({.target = target,
                                         .pitchVector = pitchVector,
                                         .codeVector = fixedCode.filtered,
                                         .pitch = pitchGain,
                                         .predicted = predicted,
                                         .isTamed = isTamed});
+  const GainSum& gains = coded.sum;
   const Word codeGain = CodeGainOf(predicted, gains.factor);
   gainPredictor_.Update(gains.factor);
   sharpening_ = SharpeningOf(gains.pitch);
@@ -95,8 +96,8 @@ SubframeIndices SubframeEncoder::Encode(std::size_t number, int openLoopLag, con
   return {.lag = pitch.index,
           .positions = fixedCode.positions,
           .signs = fixedCode.signs,
-          .firstGain = gains.firstIndex,
-          .secondGain = gains.secondIndex};
+          .firstGain = coded.firstIndex,
+          .secondGain = coded.secondIndex};
 }
 
 }  // namespace Quorvex::g729a

@@ -4,6 +4,7 @@
 #include "codecs/engine.h"
 #include "codecs/engines/g722/g722_engine.h"
 #include "codecs/engines/g722_1/g722_1_engine.h"
+#include "codecs/engines/g723_1/g723_1_engine.h"
 #include "codecs/engines/g729a/g729a_engine.h"
 #include "support/ft_log.h"
 #include "support/no_throw.h"
@@ -15,6 +16,7 @@ namespace {
 constexpr const SpeechEngine& (*kEngines[])() noexcept = {
     G722Engine,
     G7221Engine,
+    G7231Engine,
     G729AEngine,
 };
 

@@ -1,0 +1,1 @@
+#include "codecs/engines/g723_1/algebraic_search.h"

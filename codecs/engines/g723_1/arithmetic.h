@@ -1,0 +1,52 @@
+// Functions that ITU-T G.723.1 defines with its own rounding.
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+
+#include "codecs/engines/fixed_point.h"
+#include "codecs/engines/sums_of_products.h"
+
+namespace Quorvex::g723_1 {
+
+/// Q31 x Q15 to Q31: the product of the lower half is rounded down by itself.
+constexpr fixed_point::Long MultiplyLong(fixed_point::Long a, fixed_point::Word b) noexcept {
+  const fixed_point::Long lower = (a & 0xFFFF) * b;  // of 16 bits without a sign
+  return fixed_point::MultiplyAdd(lower >> 15, b, fixed_point::High(a));
+}
+
+/// numerator / (denominator x 2^16), Q15, rounded down and held below 1. Both from 0 on, and the
+/// denominator above 0.
+constexpr fixed_point::Word Quotient(fixed_point::Long numerator,
+                                     fixed_point::Word denominator) noexcept {
+  if (numerator >= fixed_point::Deposit(denominator)) return fixed_point::kMostWord;
+  return static_cast<fixed_point::Word>((numerator >> 1) / denominator);
+}
+
+/// The largest even number from 0 to 32766 whose doubled square is no more.
+constexpr fixed_point::Word SquareRoot(fixed_point::Long square) noexcept {
+  fixed_point::Word root = 0;
+  for (fixed_point::Word bit = 0x4000; bit > 1; bit = static_cast<fixed_point::Word>(bit >> 1)) {
+    const auto tried = static_cast<fixed_point::Word>(root + bit);
+    if (fixed_point::LongMultiply(tried, tried) <= square) root = tried;
+  }
+  return root;
+}
+
+/// Copies samples, shifted so that the largest takes 12 bits and the sign.
+/// @return by how many bits to the left: -3 to 11.
+inline int NormalizedCopy(const fixed_point::Word* samples, std::size_t count,
+                          fixed_point::Word* copy) noexcept {
+  fixed_point::Word peak = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    peak = std::max(peak, fixed_point::Absolute(samples[i]));
+  }
+  const int norm = fixed_point::Norm(peak);
+  for (std::size_t i = 0; i < count; ++i) {
+    copy[i] = static_cast<fixed_point::Word>((samples[i] * (1 << norm)) >> 3);
+  }
+  return norm - 3;
+}
+
+}  // namespace Quorvex::g723_1

@@ -49,4 +49,9 @@ inline int NormalizedCopy(const fixed_point::Word* samples, std::size_t count,
   return norm - 3;
 }
 
+/// The generator of noise.
+constexpr std::uint16_t NextRandom(std::uint16_t seed) noexcept {
+  return static_cast<std::uint16_t>(seed * 521U + 259U);
+}
+
 }  // namespace Quorvex::g723_1

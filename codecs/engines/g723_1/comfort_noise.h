@@ -2,6 +2,7 @@
 #pragma once
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
 
 #include "codecs/engines/fixed_point.h"
@@ -36,7 +37,10 @@ class ComfortNoise {
  private:
   static constexpr std::uint16_t kSeed = 12345;
 
+  using Half = std::array<fixed_point::Word, kHalfSamples>;
+
   unsigned Random(unsigned count) noexcept;
+  Half DrawPulses(std::size_t half, unsigned bits) noexcept;
 
   fixed_point::Word level_ = 0;
   fixed_point::Word current_ = 0;  // of the last frame

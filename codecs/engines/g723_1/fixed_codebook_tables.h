@@ -14,8 +14,8 @@ inline constexpr std::array<std::size_t, 4> kPulses = {6, 5, 6, 5};
 /// How many ways there are to place them: C(30, 6) and C(30, 5).
 inline constexpr std::array<unsigned, 4> kPlacements = {593775, 142506, 593775, 142506};
 
-/// C(29 - j, 5 - i) in row i and column j: so many placements have no pulse before place j + 1 when
-/// 6 - i are to be placed.
+/// C(29 - j, 5 - i) in row i and column j: so many placements have a pulse at place j when 6 - i
+/// pulses are to be placed from there on.
 inline constexpr std::array<std::array<fixed_point::Long, 30>, 6> kCombinations = {
     {{118755, 98280, 80730, 65780, 53130, 42504, 33649, 26334, 20349, 15504,
       11628,  8568,  6188,  4368,  3003,  2002,  1287,  792,   462,   252,

@@ -14,6 +14,9 @@ enum class FrameType { kAtHighRate, kAtLowRate, kSilence, kUntransmitted };
 constexpr FrameType TypeOf(unsigned char firstByte) noexcept {
   return static_cast<FrameType>(firstByte & 3);
 }
+constexpr bool IsSpeech(FrameType type) noexcept {
+  return type == FrameType::kAtHighRate || type == FrameType::kAtLowRate;
+}
 /// Length of a frame of this type.
 constexpr std::size_t BytesOf(FrameType type) noexcept {
   constexpr std::size_t kBytes[] = {24, 20, 4, 1};

@@ -38,11 +38,9 @@ constexpr fixed_point::Word SquareRoot(fixed_point::Long square) noexcept {
 /// @return by how many bits to the left: -3 to 11.
 inline int NormalizedCopy(const fixed_point::Word* samples, std::size_t count,
                           fixed_point::Word* copy) noexcept {
-  fixed_point::Word peak = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    peak = std::max(peak, fixed_point::Absolute(samples[i]));
-  }
-  const int norm = fixed_point::Norm(peak);
+  int bits = 0;  // that are used by any of them
+  for (std::size_t i = 0; i < count; ++i) bits |= samples[i] < 0 ? -samples[i] : samples[i];
+  const int norm = fixed_point::Norm(fixed_point::Saturate(bits));
   for (std::size_t i = 0; i < count; ++i) {
     copy[i] = static_cast<fixed_point::Word>((samples[i] * (1 << norm)) >> 3);
   }

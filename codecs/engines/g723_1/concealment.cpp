@@ -17,23 +17,43 @@ constexpr int kMostLost = 3;  // from there on there is silence
 constexpr Word kFall = 0x6000;
 constexpr int kLagsAround = 3;
 
-Word Energy(const Word* half) noexcept { return Round(Correlate(half, half, kHalfSamples)); }
+// The last half of a frame, and what it is like the samples before.
+class LastHalf {
+ public:
+  // No correlation is larger than the energies, so that none saturates where those do not.
+  explicit LastHalf(const NormalizedExcitation& excitation) noexcept
+      : begin_(excitation.samples.data() + kExcitationHistory + kHalfSamples),
+        isPlain_(ExactEnergy(begin_ - kReach, kReach + kHalfSamples) <= kMostLong) {}
 
-// The lag near the one that was sent at which half a frame is most like what was before; 0 if it is
-// not, or not enough, for a voice.
-int VoiceLag(const Word* half, int sentLag, Word energy) noexcept {
+  Long LikenessAt(int lag) const noexcept { return Product(begin_, begin_ - lag); }
+  Word EnergyAt(int lag) const noexcept { return Round(Product(begin_ - lag, begin_ - lag)); }
+
+ private:
+  static constexpr std::size_t kReach = kExcitationHistory;  // the longest lag
+
+  Long Product(const Word* a, const Word* b) const noexcept {
+    return isPlain_ ? 2 * CorrelateUndoubled(a, b, kHalfSamples) : Correlate(a, b, kHalfSamples);
+  }
+
+  const Word* begin_;
+  bool isPlain_;
+};
+
+// The lag near the one that was sent at which the half is most like what was before; 0 if it is
+// not, or not enough for a voice.
+int VoiceLag(const LastHalf& half, int sentLag) noexcept {
   const int middle = std::min(sentLag, kMostLag);
   int best = 0;
   Long most = 0;
   for (int lag = middle - kLagsAround; lag <= middle + kLagsAround; ++lag) {
-    const Long likeness = Correlate(half, half - lag, kHalfSamples);
+    const Long likeness = half.LikenessAt(lag);
     if (likeness <= most) continue;
     most = likeness;
     best = lag;
   }
   const Word likeness = Round(most);
   if (likeness <= 0) return 0;
-  const Long energies = LongShiftRight(LongMultiply(g723_1::Energy(half - best), energy), 3);
+  const Long energies = LongShiftRight(LongMultiply(half.EnergyAt(best), half.EnergyAt(0)), 3);
   return MultiplySubtract(energies, likeness, likeness) < 0 ? best : 0;
 }
 
@@ -44,11 +64,11 @@ NormalizedExcitation::NormalizedExcitation(const Word* history) noexcept
 
 void Concealment::Learn(const FrameIndices& indices,
                         const NormalizedExcitation& excitation) noexcept {
-  const Word* const half = excitation.samples.data() + kExcitationHistory + kHalfSamples;
+  const LastHalf half(excitation);
   lost_ = 0;
-  energy_ = g723_1::Energy(half);
+  energy_ = half.EnergyAt(0);
   shift_ = excitation.shift;
-  lag_ = VoiceLag(half, indices.halfLags[1], energy_);
+  lag_ = VoiceLag(half, indices.halfLags[1]);
   gain_ = kCodeGains[(indices.subframes[2].codeGain + indices.subframes[3].codeGain) / 2];
 }
 

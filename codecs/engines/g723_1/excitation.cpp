@@ -1,7 +1,9 @@
 #include "codecs/engines/g723_1/excitation.h"
 
 #include <algorithm>
+#include <cstdint>
 
+#include "codecs/engines/block_filter.h"
 #include "codecs/engines/g723_1/fixed_codebook_tables.h"
 #include "codecs/engines/sums_of_products.h"
 
@@ -32,9 +34,23 @@ LagSamples SamplesOfLag(int lag, const Word* excitation) noexcept {
 
 Subframe AdaptiveVector(const LagSamples& samples, const PitchGainRow& gains) noexcept {
   Subframe vector;
-  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    const Long sum = Correlate(samples.data() + n, gains.data(), kPitchTaps);
-    vector[n] = Round(LongShiftLeft(sum, 1));
+  const std::int64_t weights = SumOfMagnitudes(gains.data(), kPitchTaps);
+  if (weights * Peak(samples.data(), samples.size()) >= kSumLimit) {
+    for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+      const Long sum = Correlate(samples.data() + n, gains.data(), kPitchTaps);
+      vector[n] = Round(LongShiftLeft(sum, 1));
+    }
+    return vector;
+  }
+  constexpr int kUndoubledShift = 14;
+  constexpr std::size_t kInBlocks = kSubframeSamples - kSubframeSamples % kFilterBlock;
+  std::array<Word, kPitchTaps> newestFirst;
+  std::reverse_copy(gains.begin(), gains.begin() + kPitchTaps, newestFirst.begin());
+  FilterBlocks(samples.data() + kPitchTaps - 1, newestFirst.data(), kPitchTaps, kUndoubledShift,
+               kInBlocks, vector.data());
+  for (std::size_t n = kInBlocks; n < kSubframeSamples; ++n) {
+    const Long sum = CorrelateUndoubled(samples.data() + n, gains.data(), kPitchTaps);
+    vector[n] = Saturate((sum + (1 << (kUndoubledShift - 1))) >> kUndoubledShift);
   }
   return vector;
 }

@@ -54,7 +54,10 @@ void Decoder::DecodeSpeech(const FrameIndices& indices, FrameExcitation& heard) 
   concealment_.Learn(indices, normalized);
   noise_.Restart();
   if (modes_.postFilter) {
-    FilterPitch(indices, Excitation(), normalized, heard);
+    const Word weight =
+        indices.type == FrameType::kAtHighRate ? kPitchWeightAtHighRate : kPitchWeightAtLowRate;
+    FilterPitch(Excitation(), normalized.samples.data() + kExcitationHistory, indices.halfLags,
+                weight, heard.data());
   } else {
     std::copy_n(Excitation(), kFrameSamples, heard.begin());
   }

@@ -8,6 +8,7 @@
 // nearest to the target is taken.
 #include "codecs/engines/g723_1/multipulse_search.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -45,36 +46,93 @@ struct Choice {
   Pulses pulses;
 };
 
+// Samples with zeros behind, so that sums of a whole number of steps can be made from any on.
+constexpr std::size_t kStep = 8;
+using Padded = std::array<Word, kSubframeSamples + kStep>;
+
+Padded Pad(const Subframe& samples) noexcept {
+  Padded padded = {};
+  std::ranges::copy(samples, padded.begin());
+  return padded;
+}
+
+// From a sample on to the end of the subframe, and at most to that of the zeros.
+constexpr std::size_t CountFrom(std::size_t begin) noexcept {
+  return (kSubframeSamples - begin + kStep - 1) / kStep * kStep;
+}
+
+struct Target {
+  Subframe samples;
+  std::int64_t energy;  ///< undoubled
+
+  explicit Target(const Subframe& target) noexcept
+      : samples(target), energy(ExactEnergy(target.data(), target.size()) / 2) {}
+};
+
 // What is known of a response.
 struct Response {
   Subframe samples;
-  std::array<Word, kPlaces> common;               ///< of two, by their distance on a grid
-  std::array<Long, kSubframeSamples> gains = {};  ///< what a pulse at each sample has of the target
-
-  Response(const Subframe& target, const Subframe& response) noexcept;
+  Long peak;                                            ///< no sample is larger
+  std::array<Word, kPlaces> common;                     ///< of two, by their distance on a grid
+  std::array<std::array<Long, kPlaces>, kGrids> gains;  ///< what a pulse has of the target
 };
 
-Response::Response(const Subframe& target, const Subframe& response) noexcept : samples(response) {
-  Subframe halved;
-  for (std::size_t i = 0; i < halved.size(); ++i) halved[i] = ShiftRight(response[i], 1);
-  const int norm = LongNorm(Correlate(halved.data(), halved.data(), halved.size()));
+// What two halved responses have in common, by their distance on a grid.
+std::array<Long, kPlaces> Correlations(const Subframe& halved) noexcept {
+  const Padded padded = Pad(halved);
+  // No sum is greater than the energy.
+  const bool isSmall = ExactEnergy(halved.data(), halved.size()) <= kMostLong;
+  std::array<Long, kPlaces> sums;
   for (std::size_t i = 0; i < kPlaces; ++i) {
     const std::size_t distance = kGrids * i;
-    const Long sum = Correlate(&halved[distance], halved.data(), halved.size() - distance);
-    common[i] = Round(LongShiftLeft(sum, norm));
+    const std::size_t count = CountFrom(distance);
+    sums[i] = isSmall ? 2 * CorrelateUndoubled(&padded[distance], padded.data(), count)
+                      : Correlate(&padded[distance], padded.data(), count);
   }
+  return sums;
+}
+
+// For each sample, what a response that begins there has in common with the target.
+std::array<Long, kSubframeSamples> BackwardSums(const Subframe& target,
+                                                const Subframe& response) noexcept {
+  const Padded padded = Pad(target);
+  const Padded paddedResponse = Pad(response);
+  const std::int64_t weights = SumOfMagnitudes(response.data(), kSubframeSamples);
+  const bool isSmall = weights * Peak(target.data(), kSubframeSamples) < kSumLimit;
+  std::array<Long, kSubframeSamples> sums;
   for (std::size_t i = 0; i < kSubframeSamples; ++i) {
-    const Long sum = Correlate(&target[i], response.data(), kSubframeSamples - i);
-    gains[i] = LongShiftLeft(sum, norm - 4);
+    const std::size_t count = CountFrom(i);
+    sums[i] = isSmall ? 2 * CorrelateUndoubled(&padded[i], paddedResponse.data(), count)
+                      : Correlate(&padded[i], paddedResponse.data(), count);
   }
+  return sums;
+}
+
+Response Analyze(const Subframe& target, const Subframe& response) noexcept {
+  Response result{.samples = response,
+                  .peak = Peak(response.data(), response.size()),
+                  .common = {},
+                  .gains = {}};
+  Subframe halved;
+  std::ranges::transform(response, halved.begin(),
+                         [](Word sample) { return static_cast<Word>(sample >> 1); });
+  const auto correlations = Correlations(halved);
+  const int norm = LongNorm(correlations[0]);
+  std::ranges::transform(correlations, result.common.begin(),
+                         [norm](Long sum) { return Round(LongShiftLeft(sum, norm)); });
+  const auto sums = BackwardSums(target, response);
+  for (std::size_t i = 0; i < kSubframeSamples; ++i) {
+    result.gains[i % kGrids][i / kGrids] = LongShiftLeft(sums[i], norm - 4);
+  }
+  return result;
 }
 
 // The place of the greatest gain, the last of equal ones.
-std::size_t FirstPlace(const Response& response, std::size_t grid) noexcept {
+std::size_t FirstPlace(const std::array<Long, kPlaces>& gains) noexcept {
   std::size_t best = 0;
   Long most = -1;
   for (std::size_t place = 0; place < kPlaces; ++place) {
-    const Long size = LongAbsolute(response.gains[PositionOf(grid, place)]);
+    const Long size = LongAbsolute(gains[place]);
     if (size < most) continue;
     most = size;
     best = place;
@@ -97,40 +155,99 @@ unsigned GainOf(Long size, const Response& response) noexcept {
   return best;
 }
 
-// Places the pulses from the first one on.
-void Place(const Response& response, std::size_t first, Pulses& pulses) noexcept {
-  std::array<Long, kPlaces> left;
-  std::array<bool, kPlaces> isTaken = {};
-  for (std::size_t i = 0; i < kPlaces; ++i) left[i] = response.gains[PositionOf(pulses.grid, i)];
-  std::size_t place = first;
-  for (std::size_t k = 0; k < pulses.count; ++k) {
-    if (k > 0) {
-      Long most = -1;
-      for (std::size_t i = 0; i < kPlaces; ++i) {
-        if (isTaken[i] || LongAbsolute(left[i]) <= most) continue;
-        most = LongAbsolute(left[i]);
-        place = i;
-      }
-    }
-    isTaken[place] = true;
-    pulses.places[k] = place;
-    pulses.areNegative[k] = left[place] < 0;
-    const Word size = kCodeGains[pulses.codeGain];
-    const Word amplitude = pulses.areNegative[k] ? Negate(size) : size;
+// Sums that cannot leave 32 bits, and sums that can.
+struct PlainSums {
+  static Long Add(Long a, Long b) noexcept { return a + b; }
+  static Long Subtract(Long a, Long b) noexcept { return a - b; }
+  static Long Absolute(Long a) noexcept { return a < 0 ? -a : a; }
+};
+struct SaturatingSums {
+  static Long Add(Long a, Long b) noexcept { return LongAdd(a, b); }
+  static Long Subtract(Long a, Long b) noexcept { return LongSubtract(a, b); }
+  static Long Absolute(Long a) noexcept { return LongAbsolute(a); }
+};
+
+// What is left of the gains of a grid while pulses are placed.
+template <class Sums>
+class Remainder {
+ public:
+  // @param size  of the pulses.
+  Remainder(const Response& response, unsigned grid, Word size) noexcept
+      : left_(response.gains[grid]) {
     for (std::size_t i = 0; i < kPlaces; ++i) {
-      const std::size_t distance = i < place ? place - i : i - place;
-      left[i] = MultiplySubtract(left[i], amplitude, response.common[distance]);
+      const Long taken = 2 * size * response.common[i];
+      taken_[kPlaces - 1 + i] = taken;
+      taken_[kPlaces - 1 - i] = taken;
     }
+  }
+
+  bool IsNegative(std::size_t place) const noexcept { return left_[place] < 0; }
+
+  // Takes away what a pulse has. No other comes to its place.
+  void Put(std::size_t place) noexcept {
+    isTaken_[place] = -1;
+    const Long* const taken = &taken_[kPlaces - 1 - place];
+    if (IsNegative(place)) {
+      for (std::size_t i = 0; i < kPlaces; ++i) left_[i] = Sums::Add(left_[i], taken[i]);
+    } else {
+      for (std::size_t i = 0; i < kPlaces; ++i) left_[i] = Sums::Subtract(left_[i], taken[i]);
+    }
+  }
+
+  // Where most is left, the first of equal places.
+  std::size_t BestPlace() const noexcept {
+    std::array<Long, kPlaces> sizes;
+    Long most = -1;
+    for (std::size_t i = 0; i < kPlaces; ++i) {
+      sizes[i] = Sums::Absolute(left_[i]) | isTaken_[i];
+      most = std::max(most, sizes[i]);
+    }
+    std::size_t best = 0;
+    while (sizes[best] != most) ++best;
+    return best;
+  }
+
+ private:
+  std::array<Long, kPlaces> left_;
+  std::array<Long, kPlaces> isTaken_ = {};  // -1: yes
+  std::array<Long, 2 * kPlaces - 1> taken_;
+};
+
+template <class Sums>
+void Place(const Response& response, std::size_t first, Pulses& pulses) noexcept {
+  Remainder<Sums> remainder(response, pulses.grid, kCodeGains[pulses.codeGain]);
+  for (std::size_t k = 0; k < pulses.count; ++k) {
+    const std::size_t place = k == 0 ? first : remainder.BestPlace();
+    pulses.places[k] = place;
+    pulses.areNegative[k] = remainder.IsNegative(place);
+    remainder.Put(place);
   }
 }
 
-// The pulses through the response.
-Subframe Filter(const Response& response, const Pulses& pulses) noexcept {
+// Places the pulses from the first one on, where the gain has this size.
+void Place(const Response& response, std::size_t first, Long size, Pulses& pulses) noexcept {
+  // No gain is greater than the first. Each pulse takes less than this.
+  const std::int64_t taken = std::int64_t{kCodeGains[pulses.codeGain]} * 0x10000;
+  const auto count = static_cast<std::int64_t>(pulses.count);
+  if (size + count * taken <= kMostLong) {
+    Place<PlainSums>(response, first, pulses);
+  } else {
+    Place<SaturatingSums>(response, first, pulses);
+  }
+}
+
+Subframe VectorOf(const Pulses& pulses) noexcept {
   Subframe vector = {};
+  const Word size = kCodeGains[pulses.codeGain];
   for (std::size_t k = 0; k < pulses.count; ++k) {
-    const Word size = kCodeGains[pulses.codeGain];
     vector[PositionOf(pulses.grid, pulses.places[k])] = pulses.areNegative[k] ? Negate(size) : size;
   }
+  return vector;
+}
+
+// The pulses through the response, each step saturating.
+Subframe FilterSaturating(const Response& response, const Pulses& pulses) noexcept {
+  const Subframe vector = VectorOf(pulses);
   Subframe filtered;
   for (std::size_t i = 0; i < kSubframeSamples; ++i) {
     Long sum = 0;
@@ -142,8 +259,32 @@ Subframe Filter(const Response& response, const Pulses& pulses) noexcept {
   return filtered;
 }
 
-// By how much the filtered pulses take from the energy of the target.
-Long Merit(const Subframe& target, const Subframe& filtered) noexcept {
+// The same where no sum saturates; the shift and the last steps can.
+Subframe FilterPlain(const Response& response, const Pulses& pulses) noexcept {
+  std::array<Long, kSubframeSamples> sized;
+  const Word size = kCodeGains[pulses.codeGain];
+  for (std::size_t i = 0; i < kSubframeSamples; ++i) sized[i] = size * response.samples[i];
+  std::array<Long, kSubframeSamples> sums = {};
+  for (std::size_t k = 0; k < pulses.count; ++k) {
+    const std::size_t begin = PositionOf(pulses.grid, pulses.places[k]);
+    if (pulses.areNegative[k]) {
+      for (std::size_t i = begin; i < kSubframeSamples; ++i) sums[i] -= sized[i - begin];
+    } else {
+      for (std::size_t i = begin; i < kSubframeSamples; ++i) sums[i] += sized[i - begin];
+    }
+  }
+  Subframe filtered;
+  std::ranges::transform(sums, filtered.begin(), [](Long sum) { return Saturate(sum >> 13); });
+  return filtered;
+}
+
+Subframe Filter(const Response& response, const Pulses& pulses) noexcept {
+  const std::int64_t most = std::int64_t{kCodeGains[pulses.codeGain]} *
+                            static_cast<std::int64_t>(pulses.count) * response.peak;
+  return most < kSumLimit ? FilterPlain(response, pulses) : FilterSaturating(response, pulses);
+}
+
+Long MeritSaturating(const Subframe& target, const Subframe& filtered) noexcept {
   Long merit = 0;
   for (std::size_t i = 0; i < kSubframeSamples; ++i) {
     merit = MultiplyAdd(merit, target[i], filtered[i]);
@@ -152,16 +293,35 @@ Long Merit(const Subframe& target, const Subframe& filtered) noexcept {
   return merit;
 }
 
-void Try(std::size_t count, const Subframe& target, const Subframe& samples, bool hasPulseTrain,
+// By how much the filtered pulses take from the energy of the target: with the target x and the
+// pulses y, the sum of 2xy - yy, which is that of xx - (x - y)(x - y). Hence no step passes
+//   - the energy of the target and the greatest yy, which a step may add before it is taken away,
+//   - below, the energy of what is left, x - y.
+Long Merit(const Target& target, const Subframe& filtered) noexcept {
+  // Of 60 squares the sum has 31 bits, and so has that of products by Schwarz's inequality.
+  constexpr Long kMostPeak = 1 << 12;
+  constexpr std::int64_t kMostEnergy = std::int64_t{1} << 30;
+  if (target.energy < kMostEnergy && Peak(filtered.data(), filtered.size()) <= kMostPeak) {
+    const std::int64_t common =
+        CorrelateUndoubled(target.samples.data(), filtered.data(), filtered.size());
+    const std::int64_t energy =
+        CorrelateUndoubled(filtered.data(), filtered.data(), filtered.size());
+    const std::int64_t merit = 2 * common - energy;
+    if (target.energy - merit <= kMostLong) return static_cast<Long>(merit);
+  }
+  return MeritSaturating(target.samples, filtered);
+}
+
+void Try(std::size_t count, const Target& target, const Subframe& samples, bool hasPulseTrain,
          Choice& best) noexcept {
-  const Response response(target, samples);
+  const Response response = Analyze(target.samples, samples);
   for (unsigned grid = 0; grid < kGrids; ++grid) {
-    const std::size_t first = FirstPlace(response, grid);
-    const Long size = LongAbsolute(response.gains[PositionOf(grid, first)]);
+    const std::size_t first = FirstPlace(response.gains[grid]);
+    const Long size = LongAbsolute(response.gains[grid][first]);
     const unsigned middle = GainOf(size, response);
     for (unsigned gain = middle - 2; gain <= middle + 1; ++gain) {
       Pulses pulses{.codeGain = gain, .grid = grid, .count = count};
-      Place(response, first, pulses);
+      Place(response, first, size, pulses);
       const Long merit = Merit(target, Filter(response, pulses));
       if (merit > best.merit) best = {merit, hasPulseTrain, pulses};
     }
@@ -190,12 +350,13 @@ void Write(std::size_t subframe, const Choice& choice, SubframeIndices& indices)
 
 void SearchMultipulse(std::size_t subframe, int halfLag, const Subframe& target,
                       const Subframe& response, SubframeIndices& indices) noexcept {
+  const Target ownTarget(target);
   Choice best;
-  Try(kPulses[subframe], target, response, false, best);
+  Try(kPulses[subframe], ownTarget, response, false, best);
   if (halfLag < kShortLagEnd) {
     Subframe withTrain = response;
     AddPulseTrain(halfLag, withTrain);
-    Try(kPulses[subframe], target, withTrain, true, best);
+    Try(kPulses[subframe], ownTarget, withTrain, true, best);
   }
   Write(subframe, best, indices);
 }

@@ -15,7 +15,12 @@
 #include "codecs/engine.h"
 #include "codecs/engines/fixed_point.h"
 #include "codecs/engines/g723_1/frame.h"
+#include "codecs/engines/g723_1/frame_bits.h"
 #include "codecs/engines/g723_1/high_pass.h"
+#include "codecs/engines/g723_1/line_spectrum_tables.h"
+#include "codecs/engines/g723_1/linear_prediction.h"
+#include "codecs/engines/g723_1/subframe_encoder.h"
+#include "codecs/engines/g723_1/weighted_synthesis.h"
 
 namespace Quorvex::g723_1 {
 
@@ -32,8 +37,36 @@ class Encoder {
   std::size_t Encode(const short* samples, unsigned char* data) noexcept;
 
  private:
+  /// Samples before the new ones that the windows begin with.
+  static constexpr std::size_t kOldSamples = kWindowSamples - kSubframeSamples;
+
+  /// What is known of a frame before anything of it is coded.
+  struct Analysis {
+    std::array<Autocorrelation, kSubframes> windows;
+    Filters filters;  ///< of the windows
+    bool isSine = false;
+    std::array<int, kHalves> lags = {};  ///< open-loop
+    std::array<WeightingFilter, kSubframes> weighting;
+    std::array<HarmonicFilter, kSubframes> harmonics;
+  };
+
+  void Append(const short* samples) noexcept;
+  Analysis Analyze() noexcept;
+  void Predict(Analysis& analysis) noexcept;
+  void Weight(Analysis& analysis) noexcept;
+  void EncodeSpeech(const Analysis& analysis, FrameIndices& indices) noexcept;
+  std::array<SubframeFilters, kSubframes> FiltersTo(unsigned spectrumIndex,
+                                                    const Analysis& analysis) noexcept;
+
   EngineModes modes_;
   HighPass highPass_;
+  std::array<fixed_point::Word, kOldSamples + kFrameSamples> samples_ = {};
+  SineDetector sineDetector_;
+  LineSpectrum spectrum_ = kMeanSpectrum;  // of the last frame, as it was sent
+  SubframeEncoder subframeEncoder_;
+  // Both with what came before the frame.
+  std::array<fixed_point::Word, kExcitationHistory + kFrameSamples> weighted_ = {};
+  std::array<fixed_point::Word, kExcitationHistory + kFrameSamples> excitation_ = {};
 };
 
 }  // namespace Quorvex::g723_1

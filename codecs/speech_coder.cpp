@@ -124,7 +124,10 @@ std::size_t SpeechCoder::MostFrameBytes() const noexcept {
 }
 
 bool SpeechCoder::Decode(const unsigned char* frame, short* samples) noexcept {
-  const CodedFrame coded = {.data = frame + SkippedBytes(), .bytes = frameBytes_ - SkippedBytes()};
+  const unsigned char* const data = frame + SkippedBytes();
+  // Of G.723.1 a shorter one may stand there; a longer one, which the engine refuses, is cut.
+  const std::size_t told = engine_->FrameBytes(options_.modes.bitRate, data[0]);
+  const CodedFrame coded = {.data = data, .bytes = std::min(told, frameBytes_ - SkippedBytes())};
   return engine_->Decode(handle_, coded, samples) == EngineStatus::kOk;
 }
 

@@ -54,7 +54,8 @@ class SpeechCoder {
   /// The largest frame that the engine makes, and what is before it.
   std::size_t MostFrameBytes() const noexcept;
 
-  /// As the engine's, for a whole frame with its skipped byte.
+  /// As the engine's, for FrameBytes bytes: a frame with its skipped byte, and what fills up one
+  /// that tells to be shorter.
   bool Decode(const unsigned char* frame, short* samples) noexcept;
   /// The skipped byte is 0. @param bytes  receives the frame's length.
   bool Encode(const short* samples, unsigned char* frame, std::size_t& bytes) noexcept;

@@ -17,7 +17,7 @@ namespace Quorvex {
 struct UnitAudio {
   AudioFacts facts;
   UnitLayout layout;
-  std::size_t unitFrames = 1;    // frames in a unit
+  std::size_t unitFrames = 1;    // frames in a unit; the most, where BlockFrames is overridden
   bool needsNoDecoding = false;  // a unit is a frame of little-endian samples
   // The most that are delivered: fewer than the units make where the last of them is filled up.
   std::uint64_t frames = std::numeric_limits<std::uint64_t>::max();
@@ -40,6 +40,9 @@ class UnitMediaFile : public BuiltInMediaFile<Interface> {
   /// @param samples  receives count x unitFrames frames of all channels, interleaved.
   /// @return QVERR_OK, or why the block is not delivered; reading may go on after it.
   virtual QVERRORCODE_TAG Decode(const unsigned char* units, std::size_t count, short* samples) = 0;
+  /// How many frames the block has that was decoded last, of `count` units. For formats whose units
+  /// are of different lengths; 0 when it holds only the beginning of something.
+  virtual std::size_t BlockFrames(std::size_t count) const { return count * audio_.unitFrames; }
 
   const AudioFacts& Facts() const final { return audio_.facts; }
 
@@ -64,19 +67,18 @@ class UnitMediaFile : public BuiltInMediaFile<Interface> {
   QVERRORCODE_TAG ReadRawBlock(const short*& samples, unsigned long& frames, void*) final {
     const unsigned char* units = nullptr;
     std::size_t count = 0;
-    const QVERRORCODE_TAG result = units_.Next(units, count);
-    if (result != QVERR_OK || count == 0) return result;
-    const std::uint64_t taken = std::min<std::uint64_t>(count * audio_.unitFrames, audio_.frames);
-    audio_.frames -= taken;
-    if (audio_.needsNoDecoding) {
-      samples = reinterpret_cast<const short*>(units);
-    } else {
-      const QVERRORCODE_TAG decoded = Decode(units, count, samples_.Data());
-      if (decoded != QVERR_OK) return decoded;
-      samples = samples_.Data();
-    }
+    std::uint64_t taken = 0;
+    do {
+      QVERRORCODE_TAG result = units_.Next(units, count);
+      if (result != QVERR_OK || count == 0) return result;
+      if (!audio_.needsNoDecoding) result = Decode(units, count, samples_.Data());
+      taken = std::min<std::uint64_t>(BlockFrames(count), audio_.frames);
+      audio_.frames -= taken;
+      if (result != QVERR_OK) return result;
+    } while (taken == 0 && audio_.frames > 0);
+    if (taken == 0) return QVERR_OK;
+    samples = audio_.needsNoDecoding ? reinterpret_cast<const short*>(units) : samples_.Data();
     frames = static_cast<unsigned long>(taken);
-    if (frames == 0) samples = nullptr;
     return QVERR_OK;
   }
 

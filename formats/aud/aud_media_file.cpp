@@ -8,6 +8,9 @@
 // whole frames, so that only the last one of a file can be a part of one. The decoder fills it up
 // with zeros; of what comes out, this reader keeps as much as the bytes stand for, or as the "fact"
 // chunk of a wave file tells.
+//
+// Frames of G.723.1 tell their own length, and those of both bit rates and of silence may
+// alternate: they are taken out of blocks of any bytes, and decoded one by one.
 #include "formats/aud/aud_media_file.h"
 
 #include <algorithm>
@@ -18,6 +21,7 @@
 #include <MediaAccessor/ipp_coder.h>
 
 #include "formats/aud/frame_decoders.h"
+#include "formats/aud/mixed_frames.h"
 #include "support/built_in_media_file_factory.h"
 #include "support/ft_log.h"
 #include "support/g711.h"
@@ -30,6 +34,9 @@ namespace {
 
 constexpr std::size_t kBlockBytes = 4000;       // about, and at least a frame
 constexpr std::uint32_t kG711Frequency = 8000;  // Hz, of files without a header
+// Of mixed frames: whole ones where all have 24 or all have 20 bytes. Such a block may be much
+// longer in time than in bytes.
+constexpr std::size_t kMixedBlockBytes = 120;
 
 constexpr std::wstring_view kFormatName = L"AUD/NMF/WAV/G729AB/TrueSpeech/G722/ALaw/Mulaw format";
 
@@ -44,13 +51,26 @@ struct Coding {
   WaveLaw law;              // of G.711; kLinear: the speech decoder's
   IPPCoder::CODEC codec{};  // whose frames hold a whole number of samples a byte
   long bitRate = 0;
+  bool isMixed = false;  // its frames tell their own length: mono
 
   bool IsFramed() const { return law == WaveLaw::kLinear; }
 };
 
+constexpr const wchar_t* kG7231Name = L"ITU-T G.723.1";
+
+// The longest frames of G.723.1 are those at 6.3 kbit/s: its decoder takes the others, too.
+constexpr Coding MixedG7231(std::uint32_t tag, unsigned blockAlign) {
+  return {{}, tag, blockAlign, kG7231Name, WaveLaw::kLinear, IPPCoder::G723_1_63, 6300, true};
+}
+
 constexpr Coding kCodings[] = {
     {L"G722", kNoTag, 0, L"CCITT G.722 64 kbit/s", WaveLaw::kLinear, IPPCoder::G722, 64'000},
     {L"G729A", 0x83, 10, L"ITU-T G.729A 8 kbit/s", WaveLaw::kLinear, IPPCoder::G729A, 8000},
+    // Frames of 32 bytes are another codec's, which has the first tag by right.
+    MixedG7231(0x22, 20),
+    MixedG7231(0x22, 24),
+    MixedG7231(0x42, 20),
+    MixedG7231(0x42, 24),
     {L"ALAW", 6, 1, kALawName, WaveLaw::kALaw},
     {L"MULAW", 7, 1, kMuLawName, WaveLaw::kMuLaw},
 };
@@ -80,21 +100,20 @@ const Coding* FindByExtension(std::wstring_view path) {
   });
 }
 
-const Coding* FindByTag(std::uint32_t tag) {
-  return Find([tag](const Coding& coding) { return tag != kNoTag && coding.tag == tag; });
-}
-
 bool IsWaveFile(HeaderReader& reader) {
   unsigned char bytes[12];
   return reader.Read(0, bytes, sizeof bytes) && IsId(bytes, "RIFF") && IsId(bytes + 8, "WAVE");
 }
 
+bool HasTag(const Coding& coding, std::uint32_t tag) { return tag != kNoTag && coding.tag == tag; }
+
 // Nearly every wave file begins with its format, whose tag then says whether the table has it. That
 // spares opening the file once more: every .wav file comes by on its way to the last reader.
 bool MayBeDecoded(HeaderReader& reader) {
   unsigned char bytes[22];
-  return !reader.Read(0, bytes, sizeof bytes) || !IsId(bytes + 12, "fmt ") ||
-         FindByTag(LittleEndian16(bytes + 20)) != nullptr;
+  if (!reader.Read(0, bytes, sizeof bytes) || !IsId(bytes + 12, "fmt ")) return true;
+  const std::uint32_t tag = LittleEndian16(bytes + 20);
+  return Find([tag](const Coding& coding) { return HasTag(coding, tag); }) != nullptr;
 }
 
 // Where the coded audio is.
@@ -133,21 +152,22 @@ void TakeFact(const Fact& fact, Source& source) {
 }
 
 bool IsDecoded(const RIFFHeaderProbe& probe, const Coding& coding) {
+  if (!HasTag(coding, probe.formatTag)) return false;
   if (probe.dataOffset == 0 || probe.blockAlign != probe.channels * coding.blockAlign) return false;
-  return coding.IsFramed() ? probe.channels <= FrameDecoders::kMostChannels
-                           : probe.bitsPerSample == 8;
+  if (!coding.IsFramed()) return probe.bitsPerSample == 8;
+  return probe.channels <= (coding.isMixed ? 1 : FrameDecoders::kMostChannels);
 }
 
 bool FindInWaveFile(const wchar_t* path, HeaderReader& reader, Source& source) {
   RIFFHeaderProbe probe;
   if (!MayBeDecoded(reader) || !probe.Open(path, false)) return false;
-  source = {.coding = FindByTag(probe.formatTag),
+  source = {.coding = Find([&probe](const Coding& c) { return IsDecoded(probe, c); }),
             .channels = probe.channels,
             .frequency = static_cast<std::uint32_t>(probe.samplesPerSecond),
             .offset = probe.dataOffset,
             .size = probe.dataSize,
             .toldFrames = std::nullopt};
-  if (source.coding == nullptr || !IsDecoded(probe, *source.coding)) return false;
+  if (source.coding == nullptr) return false;
   const auto fact = source.coding->IsFramed() ? FindFact(reader) : std::nullopt;
   if (fact) TakeFact(*fact, source);
   return true;
@@ -163,6 +183,9 @@ class CInputAUDMediaFileImpl final : public UnitMediaFile<> {
  protected:
   QVERRORCODE_TAG ReadHeader(const wchar_t* path, HeaderReader& reader, UnitAudio& audio) override;
   QVERRORCODE_TAG Decode(const unsigned char* units, std::size_t count, short* samples) override;
+  std::size_t BlockFrames(std::size_t count) const override {
+    return coding_->isMixed ? decodedSamples_ : UnitMediaFile::BlockFrames(count);
+  }
   void CloseFormat() override {
     UnitMediaFile::CloseFormat();
     decoders_.Release();
@@ -172,18 +195,32 @@ class CInputAUDMediaFileImpl final : public UnitMediaFile<> {
 
  private:
   QVERRORCODE_TAG PrepareFrames(const wchar_t* path, UnitAudio& audio);
+  QVERRORCODE_TAG DecodeMixed(std::span<const unsigned char> block, short* samples);
 
   const Coding* coding_ = nullptr;
   FrameDecoders decoders_;  // of a coding in frames
   std::size_t channels_ = 0;
   std::size_t unitFrames_ = 0;
+  MixedFrames mixed_;
+  std::size_t decodedSamples_ = 0;  // of mixed frames, in the last block
 };
 
-// How many frames there are. What a wave file tells is believed when it ends within the last of the
-// coded frames: that one was filled up.
-std::uint64_t CountFrames(const Source& source, std::uint64_t inData, std::size_t codedFrame) {
-  if (!source.toldFrames || *source.toldFrames > inData) return inData;
-  return inData - *source.toldFrames < codedFrame ? *source.toldFrames : inData;
+// What a wave file tells is believed when it ends within the last of the coded frames: that one was
+// filled up.
+bool IsToldRightly(const Source& source, std::uint64_t inData, std::size_t codedFrame) {
+  return source.toldFrames && *source.toldFrames <= inData &&
+         inData - *source.toldFrames < codedFrame;
+}
+
+// How many samples mixed frames have. Where the file tells as many as frames of the length in its
+// header make, and begins with such a one, the others are not looked at.
+std::uint64_t CountMixed(const Source& source, HeaderReader& reader) {
+  const std::size_t length = source.coding->blockAlign;
+  const std::uint64_t likely = source.size * (kMixedFrameSamples / length);
+  unsigned char first = 0;
+  const bool isLikely = reader.Read(source.offset, &first, 1) && MixedFrameBytes(first) == length;
+  if (isLikely && IsToldRightly(source, likely, kMixedFrameSamples)) return likely;
+  return CountMixedSamples(reader, source.offset, source.size);
 }
 
 QVERRORCODE_TAG CInputAUDMediaFileImpl::ReadHeader(const wchar_t* path, HeaderReader& reader,
@@ -206,9 +243,10 @@ QVERRORCODE_TAG CInputAUDMediaFileImpl::ReadHeader(const wchar_t* path, HeaderRe
   unitFrames_ = audio.unitFrames;
   const bool isToTheEnd = source.size == UnitLayout::kToTheEnd;
   const std::uint64_t bytes = isToTheEnd ? reader.Size() : source.size;
-  const std::uint64_t inData = bytes / audio.layout.unitBytes * audio.unitFrames;
-  const std::uint64_t frames = CountFrames(source, inData, coding_->blockAlign * unitFrames_);
-  if (!isToTheEnd) audio.frames = frames;
+  std::uint64_t frames = coding_->isMixed ? CountMixed(source, reader)
+                                          : bytes / audio.layout.unitBytes * audio.unitFrames;
+  const std::size_t codedFrame = coding_->IsFramed() ? decoders_.FrameSamples() : 1;
+  if (IsToldRightly(source, frames, codedFrame)) frames = audio.frames = *source.toldFrames;
   audio.facts.milliseconds =
       ToMilliseconds(static_cast<double>(frames) * 1000.0 / audio.facts.samplingFrequency);
   return QVERR_OK;
@@ -220,20 +258,38 @@ QVERRORCODE_TAG CInputAUDMediaFileImpl::PrepareFrames(const wchar_t* path, UnitA
     LibraryLog().Printf(L"%s: refused; there is no decoder of %s", path, coding_->name);
     return QVERR_BAD_FORMAT;
   }
+  audio.facts.samplingFrequency = static_cast<std::uint32_t>(decoders_.SamplingFrequency());
   const std::size_t frameBytes = decoders_.FrameBytes();
   audio.layout.blockUnits -= audio.layout.blockUnits % frameBytes;
   audio.unitFrames = decoders_.FrameSamples() / frameBytes;
-  audio.facts.samplingFrequency = static_cast<std::uint32_t>(decoders_.SamplingFrequency());
+  if (!coding_->isMixed) return QVERR_OK;
+  audio.layout.blockUnits = kMixedBlockBytes;
+  audio.unitFrames = kMixedFrameSamples;
+  mixed_.Start(audio.layout.size);
   return QVERR_OK;
 }
 
 QVERRORCODE_TAG CInputAUDMediaFileImpl::Decode(const unsigned char* units, std::size_t count,
                                                short* samples) {
+  if (coding_->isMixed) return DecodeMixed({units, count}, samples);
   if (coding_->IsFramed()) {
     return decoders_.Decode({units, count * channels_}, samples, count * unitFrames_);
   }
   ExpandG711(coding_->law, units, count * channels_, samples);
   return QVERR_OK;
+}
+
+// Where a frame is refused, the ones after it keep in step.
+QVERRORCODE_TAG CInputAUDMediaFileImpl::DecodeMixed(std::span<const unsigned char> block,
+                                                    short* samples) {
+  QVERRORCODE_TAG result = QVERR_OK;
+  decodedSamples_ = 0;
+  for (MixedFrame frame; mixed_.Next(block, frame); decodedSamples_ += frame.samples) {
+    const QVERRORCODE_TAG decoded =
+        decoders_.Decode(frame.bytes, samples + decodedSamples_, frame.samples);
+    if (result == QVERR_OK) result = decoded;
+  }
+  return result;
 }
 
 using CInputAUDMediaFileFactory = BuiltInMediaFileFactoryOf<CInputAUDMediaFileImpl>;

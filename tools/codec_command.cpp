@@ -31,13 +31,14 @@ struct Codec {
   std::vector<long> bitRates;  // those that it has
   IPPCoder::CODEC codec;
   bool isCoded;
+  bool isMixed = false;  // frames tell their length, and one decoder takes all
 };
 
 const Codec kCodecs[] = {
     {"g729a", 8000, {8000}, IPPCoder::G729A, true},
     {"g729a-headered", 8000, {8000}, IPPCoder::G729A_HEADERED, true},
-    {"g723-53", 5300, {5300}, IPPCoder::G723_1_53, true},
-    {"g723-63", 6300, {6300}, IPPCoder::G723_1_63, true},
+    {"g723-53", 5300, {5300}, IPPCoder::G723_1_53, true, true},
+    {"g723-63", 6300, {6300}, IPPCoder::G723_1_63, true, true},
     {"g722", 64000, {64000, 56000, 48000}, IPPCoder::G722, false},
     {"g722-1", 0, {24000, 32000}, IPPCoder::G722_1, false},
 };
@@ -138,15 +139,51 @@ int Refuse(const CodecOptions& options, const std::string& why, ExitCode code = 
 
 constexpr const char* kAbsent = "this codec is not in the library";
 
+// Gives a decoder of G.723.1 its frames one by one.
+class MixedFrames {
+ public:
+  explicit MixedFrames(IPPDecoder& decoder) : decoder_(decoder) {}
+
+  /// @param block  any bytes of the stream; none at its end.
+  QVERRORCODE_TAG Decode(std::span<const unsigned char> block) {
+    QVERRORCODE_TAG result = QVERR_OK;
+    if (block.empty()) result = DecodeFrame();
+    for (std::size_t i = 0; i < block.size() && result == QVERR_OK; ++i) {
+      frame_.push_back(block[i]);
+      if (frame_.size() == LengthOf(frame_.front())) result = DecodeFrame();
+    }
+    return result;
+  }
+
+ private:
+  // ipp_decoder.h tells it.
+  static std::size_t LengthOf(unsigned char firstByte) {
+    constexpr std::size_t kLengths[] = {24, 20, 4, 1};
+    return kLengths[firstByte & 3];
+  }
+  QVERRORCODE_TAG DecodeFrame() {
+    const QVERRORCODE_TAG result =
+        decoder_.Decode(frame_.data(), static_cast<std::uint32_t>(frame_.size()));
+    frame_.clear();
+    return result;
+  }
+
+  IPPDecoder& decoder_;
+  std::vector<unsigned char> frame_;  // as far as it has come
+};
+
 int Decode(const CodecOptions& options, const Codec& codec, long bitRate) {
-  const IPPDecoderPtr decoder(IPPDecoder::CreateInstance(codec.codec, bitRate));
+  const IPPCoder::CODEC decoded = codec.isMixed ? IPPCoder::G723_1_63 : codec.codec;
+  const IPPDecoderPtr decoder(IPPDecoder::CreateInstance(decoded, bitRate));
   if (decoder == nullptr) return Refuse(options, kAbsent);
   OutputSink sink(options.output, sizeof(short));
   decoder->SetSink(&sink);
   const auto frame = static_cast<std::uint32_t>(decoder->GetCompressedFrameBytes());
   const double seconds =
       static_cast<double>(decoder->SamplesForBytes(frame)) / decoder->GetCodecSampleRate();
+  MixedFrames mixed(*decoder);
   return Run(options, {kMostBlock / frame * frame, frame / seconds}, sink, [&](auto block) {
+    if (codec.isMixed) return mixed.Decode(block);
     return decoder->Decode(block.data(), static_cast<std::uint32_t>(block.size()));
   });
 }

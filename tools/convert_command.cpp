@@ -23,16 +23,18 @@ const std::map<std::string, WAVOutputCoding> kCodings = {
     {"pcm", kWAVOutputPCM16},  {"alaw", kWAVOutputALaw},   {"mulaw", kWAVOutputMuLaw},
     {"gsm", kWAVOutputGSM610}, {"g729a", kWAVOutputG729A}, {"truespeech", kWAVOutputTrueSpeech}};
 
-constexpr int kG729AFrequency = 8000;  // Hz
+constexpr int kSpeechFrequency = 8000;  // Hz
 
-bool Refuse(const std::string& output, const char* why) {
+bool Refuse(const std::string& output, const std::string& why) {
   ReportError(output, why);
   return false;
 }
 
 bool IsAllowed(const ConvertOptions& options) {
-  if (options.coding == "g729a" && options.rate != 0 && options.rate != kG729AFrequency) {
-    return Refuse("--rate " + std::to_string(options.rate), "--coding g729a is always 8000 Hz");
+  const bool isSpeech = options.coding == "g729a" || options.coding == "truespeech";
+  if (isSpeech && options.rate != 0 && options.rate != kSpeechFrequency) {
+    return Refuse("--rate " + std::to_string(options.rate),
+                  "--coding " + options.coding + " is always 8000 Hz");
   }
   if (options.output == "-") {
     return Refuse("standard output", "a WAV file needs a name; decode writes to standard output");

@@ -140,7 +140,7 @@ void AddConvert(CLI::App& app, int& exitCode) {
   command
       ->add_option("--coding", options->coding,
                    "pcm (default): 16-bit; alaw; mulaw; gsm: GSM 6.10, mono; g729a: mono or\n"
-                   "stereo, always 8000 Hz; truespeech: mono, not there yet")
+                   "stereo, always 8000 Hz; truespeech: G.723.1, mono, always 8000 Hz")
       ->check(CLI::IsMember({"pcm", "alaw", "mulaw", "gsm", "g729a", "truespeech"}))
       ->type_name("CODING");
   command->add_flag("--force", options->force, "Replace OUT if it exists");
@@ -165,8 +165,9 @@ void AddCodec(CLI::App& app, int& exitCode) {
       ->type_name("OUT");
   command
       ->add_option("--codec", options->codec,
-                   "g729a; g729a-headered: a byte before each frame; g722, g722-1: decoded\n"
-                   "only; g723-53, g723-63: not there yet")
+                   "g729a; g729a-headered: a byte before each frame; g723-53, g723-63: G.723.1\n"
+                   "at 5.3 and 6.3 kbit/s, either of which decodes both; g722, g722-1: decoded\n"
+                   "only")
       ->required()
       ->check(CLI::IsMember(CodecNames()))
       ->type_name("CODEC");

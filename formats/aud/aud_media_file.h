@@ -1,6 +1,6 @@
 // The reader of raw frames and speech-coded wave files: .g722, .g729a, .alaw and .mulaw files
 // without a header, and RIFF/WAVE files of any extension in A-law and mu-law, with any number of
-// channels, and in G.729A, with one or two.
+// channels, in G.729A, with one or two, and in G.723.1, with one.
 //
 // Its format name promises more than it does: the call-recording containers AUD and NMF are not
 // read, and their extensions not declared.

@@ -13,8 +13,9 @@ class MEDIA_ACCESSOR_API IPPCoder {
   enum CODEC : int {
     G729A = 1,           ///< 8,000 bit/s: bare frames of 10 bytes for 80 samples
     G729A_HEADERED = 2,  ///< the same with a byte before each frame, 11 in all, which is skipped
-    G723_1_53 = 3,       ///< 5,300 bit/s: frames of 20 bytes for 240 samples; not there yet
-    G723_1_63 = 4,       ///< 6,300 bit/s: frames of 24 bytes for 240 samples; not there yet
+    G723_1_53 = 3,       ///< 5,300 bit/s: frames of 20 bytes for 240 samples
+    /// 6,300 bit/s: frames of 24 bytes for 240 samples. Its decoder takes every frame of G.723.1.
+    G723_1_63 = 4,
     /// 64,000, 56,000 or 48,000 bit/s. The codec itself has no frames; here one is 10 ms, 160
     /// samples for 80, 70 or 60 bytes. At 64,000 a byte is a code word for two samples; at 56,000
     /// and 48,000 the code words of 7 and 6 bits are packed without gaps, the first in the lowest

@@ -7,7 +7,8 @@
 namespace Quorvex {
 
 /// Codes mono PCM. Samples that do not fill a frame are kept for the next Write; a Write without
-/// samples ends the stream. G.729A looks 5 ms ahead: its first frame begins with 5 ms of silence.
+/// samples ends the stream. G.729A looks 5 ms ahead, G.723.1 7.5 ms: the first frame begins with as
+/// much silence. All frames have the same length, those of silence, too.
 ///
 /// Calling order: create, SetSink, if wanted SetInputSampleRate, then Write. One thread at a time.
 /// The sink may detach itself while it is written to, but neither write to the encoder, reset it

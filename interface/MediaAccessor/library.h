@@ -40,8 +40,8 @@ MEDIA_ACCESSOR_API QVERRORCODE_TAG InitializeMediaAccessorLibrary(const wchar_t*
                                                                   const wchar_t* key) noexcept;
 
 /// A host's licence callbacks. Both are given the name of the feature, and may be called at any
-/// time by any thread that uses the library, at every block that a licensed codec decodes or codes.
-/// An exception counts as a refusal.
+/// time by any thread that uses the library, at every block that a licensed codec decodes or codes,
+/// and at every frame of a G.723.1 file. An exception counts as a refusal.
 ///
 /// The query tells how many licences there are.
 /// @param count  1 on entry, for hosts that do not count.

@@ -41,6 +41,18 @@ class EngineRun {
     return true;
   }
 
+  /// The same, now and then in other modes from there on:
+  ///
+  ///     switch8 modes8 sample16...      switch: below 32 where the modes are taken
+  bool SwitchAndCodeStep() {
+    if (input_.Rest().empty()) return false;
+    const bool isSwitched = input_.Take<std::uint8_t>() < 32;
+    const EngineModes modes = TakeModes();
+    if (isSwitched) SetModes(modes);
+    CodeAndDecode();
+    return true;
+  }
+
   /// A coded frame of any or of the right size, an erased one, another bit rate, another stream, or
   /// a frame of PCM that is coded and decoded. @return false at the end of the input.
   bool Step() {

@@ -1,0 +1,292 @@
+// G.723.1: what another decoder makes of its frames, lost ones, silence, and speech there and back.
+// That its samples and frames are exact is checked with the standard's vectors.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <random>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "tests/engine_coder.h"
+#include "tests/likeness.h"
+#include "tests/test_files.h"
+
+namespace Quorvex {
+namespace {
+
+using tests::Bytes;
+using tests::Correlation;
+using tests::Level;
+
+constexpr std::size_t kFrame = 240;     // samples
+constexpr std::size_t kLookAhead = 60;  // samples by which the codec delays
+using Frames = std::vector<Bytes>;
+using Samples = std::vector<short>;
+
+const SpeechEngine& Engine() { return *FindSpeechEngine("IPP_G723.1"); }
+
+struct Decoder {
+  Samples operator()(const Frames& frames, bool areErased = false) const {
+    Samples samples(frames.size() * kFrame);
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+      const CodedFrame frame{frames[i].data(), frames[i].size(), areErased};
+      EXPECT_EQ(coder.Decode(frame, &samples[i * kFrame]), EngineStatus::kOk);
+    }
+    return samples;
+  }
+
+  EngineModes modes = {.bitRate = 6300};
+  unsigned char fill = 0xA5;
+  const tests::EngineCoder coder{Engine(), {.modes = modes}, fill};
+};
+
+struct Encoder {
+  Frames operator()(std::span<const short> samples) const {
+    Frames frames(samples.size() / kFrame, Bytes(24));
+    for (std::size_t i = 0; i < frames.size(); ++i) {
+      std::size_t bytes = 0;
+      EXPECT_EQ(coder.Encode(&samples[i * kFrame], frames[i].data(), bytes), EngineStatus::kOk);
+      frames[i].resize(bytes);
+    }
+    return frames;
+  }
+
+  EngineModes modes = {.bitRate = 6300};
+  unsigned char fill = 0xA5;
+  const tests::EngineCoder coder{
+      Engine(), {.direction = EngineDirection::kEncode, .modes = modes}, fill};
+};
+
+Frames ReadFrames(const std::string& name) {
+  const Bytes bytes = tests::ReadBytes(tests::Fixture(name));
+  Frames frames;
+  for (auto at = bytes.begin(); at != bytes.end();) {
+    const auto count = static_cast<std::ptrdiff_t>(Engine().FrameBytes(6300, *at));
+    if (bytes.end() - at < count) break;
+    frames.emplace_back(at, at + count);
+    at += count;
+  }
+  return frames;
+}
+
+// The caller.
+Samples Speech() {
+  const Samples words = tests::ReadSamples(std::string(MEDIA_ACCESSOR_RECORDINGS) + "/call.wav");
+  Samples samples;
+  for (std::size_t i = 22; i < words.size(); i += 2) samples.push_back(words[i]);
+  return samples;
+}
+
+// ffmpeg's decoder is exact but for what follows some of the lost frames.
+TEST(G7231, DecodesAsFFmpegDoes) {
+  const struct {
+    const char* frames;
+    const char* samples;
+    bool postFilter;
+  } cases[] = {{"g723_1_speech.g723_1", "g723_1_speech.s16", true},
+               {"g723_1_mixed.g723_1", "g723_1_mixed.s16", true},
+               {"g723_1_mixed.g723_1", "g723_1_mixed_plain.s16", false}};
+  for (const auto& c : cases) {
+    const Samples expected = tests::ReadSamples(tests::Fixture(c.samples));
+    const Samples decoded =
+        Decoder{{.bitRate = 5300, .postFilter = c.postFilter}}(ReadFrames(c.frames));
+    ASSERT_EQ(decoded.size(), expected.size()) << c.samples;
+    const auto differs = std::ranges::mismatch(decoded, expected).in1;
+    EXPECT_EQ(differs, decoded.end())
+        << c.samples << " from frame "
+        << static_cast<std::size_t>(differs - decoded.begin()) / kFrame << " on";
+  }
+}
+
+TEST(G7231, FramesAreAsLongAsTheirTypesSay) {
+  constexpr std::size_t kLengths[] = {24, 20, 4, 1};
+  const Decoder decoder;
+  short samples[kFrame];
+  EXPECT_EQ(decoder.coder.Decode({}, samples), EngineStatus::kBadFrame);
+  for (const unsigned type : {0U, 1U, 2U, 3U}) {
+    Bytes frame(25);
+    frame[0] = static_cast<unsigned char>(type);
+    for (std::size_t bytes = 0; bytes <= frame.size(); ++bytes) {
+      const auto expected = bytes == kLengths[type] ? EngineStatus::kOk : EngineStatus::kBadFrame;
+      EXPECT_EQ(decoder.coder.Decode({frame.data(), bytes}, samples), expected)
+          << type << ": " << bytes;
+    }
+  }
+}
+
+// A frame whose lags, bits 26 and 35 on, are 7 bits of this.
+Bytes WithLag(Bytes frame, unsigned bit, unsigned lag) {
+  for (unsigned i = 0; i < 7; ++i, lag >>= 1) {
+    unsigned char& byte = frame[(bit + i) / 8];
+    const unsigned mask = 1U << (bit + i) % 8;
+    byte = static_cast<unsigned char>((lag & 1) != 0 ? byte | mask : byte & ~mask);
+  }
+  return frame;
+}
+
+TEST(G7231, AFrameWithALagThatThereIsNotCountsAsLost) {
+  const Frames speech = ReadFrames("g723_1_speech.g723_1");
+  const auto decode = [&speech](const Bytes& second, bool isErased) {
+    const Decoder decoder;
+    decoder({speech[0]});
+    Samples samples = decoder({second}, isErased);
+    std::ranges::copy(decoder({speech[2]}), std::back_inserter(samples));
+    return samples;
+  };
+  const Samples expected = decode(speech[1], true);
+  for (const unsigned bit : {26U, 35U}) {
+    for (const unsigned lag : {123U, 124U, 127U}) {
+      EXPECT_EQ(decode(WithLag(speech[1], bit, lag), false) == expected, lag > 123) << lag;
+    }
+  }
+}
+
+TEST(G7231, LostFramesFadeToSilenceAndTheNextOnesAreHeard) {
+  const Frames speech = ReadFrames("g723_1_speech.g723_1");
+  const Decoder decoder;
+  const std::ptrdiff_t before = 8;
+  const Samples heard = decoder({speech.begin(), speech.begin() + before});
+  double level = Level(std::span(heard).last(kFrame));
+  const Frames lost(1);
+  for (int i = 0; i < 2; ++i) {
+    const double faded = Level(decoder(lost, true));
+    EXPECT_LT(faded, level) << i;
+    EXPECT_GT(faded, level / 10) << i;
+    level = faded;
+  }
+  decoder(lost, true);  // rings
+  for (int i = 3; i < 20; ++i) EXPECT_LT(Level(decoder(lost, true)), 2) << i;
+
+  const Frames rest(speech.begin() + before, speech.end());
+  const Samples expected = tests::ReadSamples(tests::Fixture("g723_1_speech.s16"));
+  const Samples again = decoder(rest);
+  const std::span<const short> end = std::span(again).last(8 * kFrame);
+  EXPECT_GT(Correlation(std::span(expected).last(end.size()), end), 0.9);
+}
+
+TEST(G7231, ALostFrameInSilenceGoesOnWithIt) {
+  const Frames silence = {{0x02, 0x00, 0x00, 0xA0}, {0x03}};
+  const Decoder decoder;
+  const Samples expected = Decoder()({silence[0], silence[1]});
+  decoder({silence[0]});
+  EXPECT_TRUE(std::ranges::equal(decoder({{}}, true), std::span(expected).last(kFrame)));
+  EXPECT_GT(Level(expected), 10);
+}
+
+TEST(G7231, BeginsAnewWhateverWasInItsMemory) {
+  for (const int bitRate : {5300, 6300}) {
+    const EngineModes modes = {.bitRate = bitRate, .voiceActivityDetection = true};
+    const Encoder encoder{modes, 0x00};
+    const Frames frames = encoder(Speech());
+    const Decoder decoder{modes, 0x00};
+    const Samples decoded = decoder(frames);
+    EXPECT_EQ((Encoder{modes, 0xFF}(Speech())), frames);
+    EXPECT_EQ((Decoder{modes, 0xFF}(frames)), decoded);
+    for (EngineHandle* const handle : {encoder.coder.Handle(), decoder.coder.Handle()}) {
+      EXPECT_EQ(Engine().Reinitialize(modes, handle), EngineStatus::kOk);
+    }
+    EXPECT_EQ(encoder(Speech()), frames);
+    EXPECT_EQ(decoder(frames), decoded);
+  }
+}
+
+// The codec keeps what one hears, not the waveform.
+TEST(G7231, SpeechThereAndBack) {
+  const Samples speech = Speech();
+  const struct {
+    int bitRate;
+    std::size_t frameBytes;
+    double least;  // correlation
+  } cases[] = {{5300, 20, 0.9}, {6300, 24, 0.93}};
+  for (const auto& c : cases) {
+    const Frames frames = Encoder{{.bitRate = c.bitRate}}(speech);
+    for (const Bytes& frame : frames) EXPECT_EQ(frame.size(), c.frameBytes);
+    const Samples decoded = Decoder()(frames);
+    EXPECT_NEAR(Level(decoded) / Level(speech), 0.95, 0.1);
+    const double best = Correlation(speech, decoded, kLookAhead);
+    EXPECT_GT(best, c.least) << c.bitRate;
+    for (const std::size_t delay : {kLookAhead - 1, kLookAhead + 1}) {
+      EXPECT_LT(Correlation(speech, decoded, delay), best) << c.bitRate;
+    }
+  }
+}
+
+TEST(G7231, TheBitRateChangesFromFrameToFrame) {
+  const Samples speech = Speech();
+  const Encoder encoder;
+  Frames frames;
+  for (std::size_t i = 0; i < speech.size() / kFrame; ++i) {
+    const int bitRate = i % 3 == 0 ? 6300 : 5300;
+    EXPECT_EQ(Engine().Control({.bitRate = bitRate}, encoder.coder.Handle()), EngineStatus::kOk);
+    frames.push_back(encoder(std::span(speech).subspan(i * kFrame, kFrame)).front());
+    EXPECT_EQ(frames.back().size(), bitRate == 6300 ? 24U : 20U) << i;
+  }
+  EXPECT_GT(Correlation(speech, Decoder()(frames), kLookAhead), 0.9);
+}
+
+// The filter of the input takes away what does not change.
+TEST(G7231, ExtremesThereAndBack) {
+  const struct {
+    int low, high;  // three samples of each in turn
+    bool highPass;
+    double least, most;
+  } cases[] = {{0, 0, true, 0, 2},
+               {-32768, -32768, true, 0, 50},
+               {-8000, -8000, true, 0, 50},
+               {-8000, -8000, false, 6000, 10000},
+               {-32768, 32767, true, 20000, 32768},
+               {-32768, 32767, false, 20000, 32768}};
+  for (const auto& c : cases) {
+    Samples samples(100 * kFrame);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+      samples[i] = static_cast<short>(i / 3 % 2 == 0 ? c.high : c.low);
+    }
+    for (const int bitRate : {5300, 6300}) {
+      const Encoder encoder{{.bitRate = bitRate, .highPass = c.highPass}};
+      const Samples decoded = Decoder()(encoder(samples));
+      const double level = Level(std::span(decoded).last(decoded.size() / 2));
+      EXPECT_GE(level, c.least) << c.low << " at " << bitRate;
+      EXPECT_LE(level, c.most) << c.low << " at " << bitRate;
+    }
+  }
+}
+
+// Speech between stretches of a quiet noise.
+TEST(G7231, OnlySilenceMakesShortFrames) {
+  constexpr std::size_t kPause = 100;  // frames
+  const Samples speech = Speech();
+  std::minstd_rand random(1);
+  Samples samples(kPause * kFrame);
+  for (short& sample : samples) sample = static_cast<short>(static_cast<int>(random() % 41) - 20);
+  const Samples pause = samples;
+  samples.insert(samples.end(), speech.begin(), speech.end());
+  samples.insert(samples.end(), pause.begin(), pause.end());
+
+  for (const Bytes& frame : Encoder()(samples)) EXPECT_EQ(frame.size(), 24U);
+
+  const Frames frames = Encoder{{.bitRate = 5300, .voiceActivityDetection = true}}(samples);
+  const auto count = [](std::span<const Bytes> some, std::size_t bytes) {
+    return std::ranges::count(some, bytes, &Bytes::size);
+  };
+  const std::span<const Bytes> first = std::span(frames).first(kPause);
+  const std::span<const Bytes> last = std::span(frames).last(kPause);
+  for (const auto& silence : {first, last}) {
+    EXPECT_EQ(count(silence.last(kPause / 2), 20), 0);
+    EXPECT_GT(count(silence, 1), count(silence, 4));
+    EXPECT_GT(count(silence, 4), 0);
+  }
+  // The speaker pauses, too.
+  const std::span<const Bytes> middle = std::span(frames).subspan(kPause, speech.size() / kFrame);
+  EXPECT_GT(count(middle, 20), static_cast<std::ptrdiff_t>(middle.size() * 9 / 10));
+
+  const Samples decoded = Decoder()(frames);
+  const double level = Level(std::span(decoded).last(kPause / 2 * kFrame));
+  EXPECT_GT(level, Level(pause) / 4);
+  EXPECT_LT(level, Level(pause) * 2);
+}
+
+}  // namespace
+}  // namespace Quorvex

@@ -1,9 +1,10 @@
 // The speech codecs beside libspandsp, libbcg729 and libavcodec. What is timed is compared first:
-// the program fails when the PCM of G.722 is not the same in all of them, or when that of G.729A,
-// which the others do not decode exactly, is not nearly the same.
+// the program fails when the PCM of G.722 and of G.723.1 is not the same in all of them, or when
+// that of G.729A, which the others do not decode exactly, is not nearly the same.
 //
 // With the environment's CODEC_VECTORS, a folder of conformance vectors, G.722.1 is timed as well;
-// no other library decodes it, so G.722 of libavcodec is what it is measured by.
+// no other library decodes it, so G.722 of libavcodec is what it is measured by. In the same way
+// nothing else encodes G.723.1 at 5.3 kbit/s, which is measured by libavcodec's 6.3 kbit/s.
 #include <MediaAccessor/all.h>
 #include <benchmark/benchmark.h>
 
@@ -31,6 +32,7 @@ using namespace Quorvex;
 using benchmarks::Bytes;
 using benchmarks::kBlock;
 using benchmarks::LibavcodecDecoder;
+using benchmarks::LibavcodecEncoder;
 using benchmarks::Samples;
 
 using AvCodec = LibavcodecDecoder::Codec;
@@ -203,6 +205,55 @@ bool AddG729A() {
   return true;
 }
 
+struct G7231Rate {
+  const char* name;
+  IPPCoder::CODEC codec;
+  AvCodec peer;
+  const char* peersEncoder;
+};
+constexpr G7231Rate kG7231Rates[] = {
+    {"G.723.1 at 6300 bit/s", IPPCoder::G723_1_63, AvCodec::kG723At6300, "libavcodec"},
+    {"G.723.1 at 5300 bit/s", IPPCoder::G723_1_53, AvCodec::kG723At5300,
+     "libavcodec at 6300 bit/s"},
+};
+
+// The same samples as libavcodec's from our frames, and those as near to the speech as its own.
+bool IsG7231Right(const Samples& speech, const Bytes& frames, const G7231Rate& rate) {
+  constexpr std::size_t kLookAhead = 60;  // samples by which the codec delays
+  const Samples ours = DecodeOurs(*MakeDecoder(rate.codec, 0), frames);
+  const Samples peers =
+      LibavcodecDecoder(AvCodec::kG723At6300).Decode(LibavcodecEncoder().Encode(speech));
+  const double encoder = tests::Correlation(speech, ours, kLookAhead);
+  const double peersEncoder = tests::Correlation(speech, peers, kLookAhead);
+  const double encodersLevel = Decibels(ours, peers);
+  std::printf(
+      "%s, encoders: correlation with the speech %.3f, that of libavcodec's at 6300 bit/s %.3f, "
+      "level %+.2f dB\n",
+      rate.name, encoder, peersEncoder, encodersLevel);
+  return ours.size() == speech.size() && ours == LibavcodecDecoder(rate.peer).Decode(frames) &&
+         encoder > peersEncoder - 0.03 && std::abs(encodersLevel) < 0.5;
+}
+
+bool AddG7231(const G7231Rate& rate) {
+  const Samples speech = Speech();
+  const auto encoder = MakeEncoder(rate.codec);
+  const Bytes frames = encoder != nullptr ? EncodeOurs(*encoder, speech) : Bytes();
+  if (frames.empty() || !IsG7231Right(speech, frames, rate)) {
+    std::fprintf(stderr, "%s: not as libavcodec decodes, or too far from it\n", rate.name);
+    return false;
+  }
+  const std::string decoding = rate.name + std::string(", decoding");
+  AddOurs(decoding, rate.codec, 0, frames);
+  AddLibavcodec(decoding, "libavcodec", rate.peer, frames);
+  const std::string encoding = rate.name + std::string(", encoding");
+  benchmarks::Add(encoding, "ours", "sample",
+                  [=] { return EncodeOurs(*encoder, speech).empty() ? 0ULL : speech.size(); });
+  const auto peer = std::make_shared<LibavcodecEncoder>();
+  benchmarks::Add(encoding, rate.peersEncoder, "sample",
+                  [=] { return peer->Encode(speech).empty() ? 0ULL : speech.size(); });
+  return true;
+}
+
 void AddCreation() {
   const std::string job = "making a decoder";
   const struct {
@@ -211,6 +262,7 @@ void AddCreation() {
     long bitRate;
   } ours[] = {{"ours, G.722", IPPCoder::G722, 64000},
               {"ours, G.722.1", IPPCoder::G722_1, 24000},
+              {"ours, G.723.1", IPPCoder::G723_1_63, 0},
               {"ours, G.729A", IPPCoder::G729A, 0}};
   for (const auto& [who, codec, bitRate] : ours) {
     benchmarks::Add(job, who, "decoder", [codec = codec, bitRate = bitRate] {
@@ -238,6 +290,8 @@ void PrintMemory() {
     EngineDirection direction;
   } coders[] = {{"IPP_G722", "decoder", EngineDirection::kDecode},
                 {"IPP_G722.1", "decoder", EngineDirection::kDecode},
+                {"IPP_G723.1", "decoder", EngineDirection::kDecode},
+                {"IPP_G723.1", "encoder", EngineDirection::kEncode},
                 {"IPP_G729A", "decoder", EngineDirection::kDecode},
                 {"IPP_G729A", "encoder", EngineDirection::kEncode}};
   for (const auto& [name, who, direction] : coders) {
@@ -258,6 +312,9 @@ int main(int argc, char** argv) {
     if (!AddG722(bitRate)) return EXIT_FAILURE;
   }
   AddG7221();
+  for (const G7231Rate& rate : kG7231Rates) {
+    if (!AddG7231(rate)) return EXIT_FAILURE;
+  }
   if (!AddG729A()) return EXIT_FAILURE;
   AddCreation();
   PrintMemory();

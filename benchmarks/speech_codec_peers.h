@@ -13,7 +13,8 @@ namespace benchmarks {
 using Bytes = std::vector<unsigned char>;
 using Samples = std::vector<short>;
 
-/// Bytes that are decoded at once: whole frames at each of G.722's rates, and of G.729A.
+/// Bytes that are decoded at once: whole frames at each of G.722's and G.723.1's rates, and of
+/// G.729A.
 inline constexpr std::size_t kBlock = 3360;
 
 /// G.722 by libspandsp. @param bitRate  64000, 56000 or 48000 bit/s.
@@ -29,7 +30,8 @@ void MakeBcg729Decoder();
 /// A decoder of libavcodec, kept from stream to stream.
 class LibavcodecDecoder {
  public:
-  enum class Codec { kG722, kG729A };  ///< G.722 at 64 kbit/s
+  /// G.722 at 64 kbit/s, and G.723.1 at 6.3 or 5.3 kbit/s throughout.
+  enum class Codec { kG722, kG723At6300, kG723At5300, kG729A };
 
   explicit LibavcodecDecoder(Codec codec);
   ~LibavcodecDecoder();
@@ -40,7 +42,28 @@ class LibavcodecDecoder {
   Samples Decode(const Bytes& bytes);
 
  private:
-  std::size_t packetBytes_;
+  struct Stream;
+  static const Stream& StreamOf(Codec codec);
+
+  const Stream& stream_;
+  AVCodecContext* context_ = nullptr;
+  AVPacket* packet_ = nullptr;
+  AVFrame* frame_ = nullptr;
+  bool isOpen_ = false;
+};
+
+/// Its encoder of G.723.1 at 6.3 kbit/s, kept from stream to stream.
+class LibavcodecEncoder {
+ public:
+  LibavcodecEncoder();
+  ~LibavcodecEncoder();
+  LibavcodecEncoder(const LibavcodecEncoder&) = delete;
+  LibavcodecEncoder& operator=(const LibavcodecEncoder&) = delete;
+
+  /// Whole frames. Empty where libavcodec does not have the codec.
+  Bytes Encode(const Samples& samples);
+
+ private:
   AVCodecContext* context_ = nullptr;
   AVPacket* packet_ = nullptr;
   AVFrame* frame_ = nullptr;

@@ -3,6 +3,8 @@
 // better, so that no multiple of the true lag is taken.
 #include "codecs/engines/g723_1/open_loop_pitch.h"
 
+#include <algorithm>
+#include <array>
 #include <cstddef>
 
 #include "codecs/engines/sums_of_products.h"
@@ -12,6 +14,8 @@ namespace Quorvex::g723_1 {
 using namespace fixed_point;
 
 namespace {
+
+constexpr std::size_t kLags = kMostLag - kLeastLag + 1;
 
 // How well a lag does: square / energy / 2^exponent.
 struct Quality {
@@ -49,22 +53,69 @@ bool IsBetter(const Quality& quality, const Quality& best, bool isMuchLonger) no
   return MultiplySubtract(most, quality.energy, square) > 0;
 }
 
-}  // namespace
+// By the lag, from the least on: the correlation with the samples a lag before, and their energy.
+struct Comparison {
+  std::array<Long, kLags> correlations;
+  std::array<Long, kLags> energies;
+};
 
-int OpenLoopLag(const Word* samples) noexcept {
-  constexpr int kMuchLonger = 18;
-  int bestLag = kLeastLag;
-  Quality best = {30, 0x4000, kMostWord};
+// Energies of the samples a lag before, undoubled. 120 squares of 12 bits fit into 32 bits.
+// @return the largest of them, or that of lag kLeastLag - 1, where the energies start from.
+Long SetEnergies(const Word* samples, Comparison& comparison) noexcept {
+  const Word* before = samples - (kLeastLag - 1);
+  Long energy = CorrelateUndoubled(before, before, kHalfSamples);
+  Long peak = energy;
+  for (Long& result : comparison.energies) {
+    --before;
+    const Word leaving = before[kHalfSamples];
+    energy += *before * *before - leaving * leaving;
+    peak = std::max(peak, energy);
+    result = energy;
+  }
+  return peak;
+}
+
+void CompareSaturating(const Word* samples, Comparison& comparison) noexcept {
   const Word* before = samples - (kLeastLag - 1);
   Long energy = Correlate(before, before, kHalfSamples);
-  for (int lag = kLeastLag; lag <= kMostLag; ++lag) {
+  for (std::size_t i = 0; i < kLags; ++i) {
     --before;
     const Word leaving = before[kHalfSamples];
     energy = MultiplySubtract(energy, leaving, leaving);
     energy = MultiplyAdd(energy, *before, *before);
-    const Long correlation = Correlate(samples, before, kHalfSamples);
-    if (correlation <= 0) continue;
-    const Quality quality = QualityOf(correlation, energy);
+    comparison.energies[i] = energy;
+    comparison.correlations[i] = Correlate(samples, before, kHalfSamples);
+  }
+}
+
+Comparison Compare(const Word* samples) noexcept {
+  Comparison comparison;
+  const Long peak = std::max(SetEnergies(samples, comparison),
+                             CorrelateUndoubled(samples, samples, kHalfSamples));
+  // No correlation is larger than the energies of both sides, nor is a part of it.
+  if (peak >= kSumLimit) {
+    CompareSaturating(samples, comparison);
+    return comparison;
+  }
+  for (std::size_t i = 0; i < kLags; ++i) {
+    const Word* const before = samples - kLeastLag - i;
+    comparison.correlations[i] = 2 * CorrelateUndoubled(samples, before, kHalfSamples);
+    comparison.energies[i] *= 2;
+  }
+  return comparison;
+}
+
+}  // namespace
+
+int OpenLoopLag(const Word* samples) noexcept {
+  constexpr int kMuchLonger = 18;
+  const Comparison comparison = Compare(samples);
+  int bestLag = kLeastLag;
+  Quality best = {30, 0x4000, kMostWord};
+  for (int lag = kLeastLag; lag <= kMostLag; ++lag) {
+    const auto i = static_cast<std::size_t>(lag - kLeastLag);
+    if (comparison.correlations[i] <= 0) continue;
+    const Quality quality = QualityOf(comparison.correlations[i], comparison.energies[i]);
     if (!IsBetter(quality, best, lag >= bestLag + kMuchLonger)) continue;
     best = quality;
     bestLag = lag;

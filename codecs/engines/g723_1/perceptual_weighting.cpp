@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 
 #include "codecs/engines/g723_1/weighting_tables.h"
 #include "codecs/engines/sums_of_products.h"
@@ -18,6 +19,43 @@ constexpr int kLagRange = 3;
 constexpr std::size_t kLags = 2 * kLagRange + 1;
 
 constexpr Word kMostGain = 0x2800;  // 0.3125
+
+constexpr Long kOne = 0x2000;  // of the weighting filter
+
+// @param sample  with kOrder before. @param weighted  with kOrder before.
+Word WeightedSaturating(const WeightingFilter& filter, const Word* sample,
+                        const Word* weighted) noexcept {
+  Long sum = LongMultiply(*sample, kOne);
+  for (std::size_t i = 0; i < kOrder; ++i) {
+    sum = MultiplySubtract(sum, filter.zeros[i], *(sample - 1 - i));
+  }
+  for (std::size_t i = 0; i < kOrder; ++i) {
+    sum = MultiplyAdd(sum, filter.poles[i], *(weighted - 1 - i));
+  }
+  return Round(LongShiftLeft(sum, 2));
+}
+
+// Weights up to a sample whose magnitude is above most. Sums are undoubled.
+// @return how many samples are weighted.
+std::size_t WeightPlainly(const WeightingFilter& filter, const Word* samples, Long most,
+                          Word* weighted) noexcept {
+  std::array<Long, kSubframeSamples> sums;
+  for (std::size_t n = 0; n < kSubframeSamples; ++n) sums[n] = kOne * samples[n];
+  for (std::size_t i = 0; i < kOrder; ++i) {
+    for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+      sums[n] -= filter.zeros[i] * *(samples + n - 1 - i);
+    }
+  }
+  Long last = *(weighted - 1);
+  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+    Long sum = sums[n] + kOne / 2;
+    for (std::size_t i = 1; i < kOrder; ++i) sum += filter.poles[i] * *(weighted + n - 1 - i);
+    last = Saturate((sum + filter.poles[0] * last) >> 13);
+    weighted[n] = static_cast<Word>(last);
+    if (last > most || last < -most) return n + 1;
+  }
+  return kSubframeSamples;
+}
 
 struct Match {
   Word correlation = 0;
@@ -45,15 +83,17 @@ WeightingFilter WeightingOf(const Filter& filter) noexcept {
 }
 
 void Weight(const WeightingFilter& filter, const Word* samples, Word* weighted) noexcept {
-  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    Long sum = LongMultiply(samples[n], 0x2000);
-    for (std::size_t i = 0; i < kOrder; ++i) {
-      sum = MultiplySubtract(sum, filter.zeros[i], *(samples + n - 1 - i));
-    }
-    for (std::size_t i = 0; i < kOrder; ++i) {
-      sum = MultiplyAdd(sum, filter.poles[i], *(weighted + n - 1 - i));
-    }
-    weighted[n] = Round(LongShiftLeft(sum, 2));
+  constexpr std::size_t kRead = kOrder + kSubframeSamples;
+  const std::int64_t weights = kOne + SumOfMagnitudes(filter.zeros.data(), kOrder);
+  const std::int64_t rest = kSumLimit - weights * Peak(samples - kOrder, kRead);
+  // No sum saturates as long as no weighted sample is above this.
+  const std::int64_t most = rest / (SumOfMagnitudes(filter.poles.data(), kOrder) + 1);
+  std::size_t n = 0;
+  if (rest > 0 && Peak(weighted - kOrder, kOrder) <= most) {
+    n = WeightPlainly(filter, samples, static_cast<Long>(most), weighted);
+  }
+  for (; n < kSubframeSamples; ++n) {
+    weighted[n] = WeightedSaturating(filter, samples + n, weighted + n);
   }
 }
 
@@ -94,8 +134,9 @@ HarmonicFilter HarmonicsOf(const Word* samples, int halfLag) noexcept {
 Subframe ShapeHarmonics(const HarmonicFilter& filter, const Word* weighted) noexcept {
   Subframe shaped;
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    const Word* const newest = weighted + n;
-    shaped[n] = Round(MultiplySubtract(Deposit(*newest), filter.gain, *(newest - filter.lag)));
+    // As if the sample were the upper half, but without that many bits.
+    const Long less = (0x8000 - 2 * filter.gain * *(weighted + n - filter.lag)) >> 16;
+    shaped[n] = Saturate(weighted[n] + less);
   }
   return shaped;
 }

@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <tuple>
 
 #include "codecs/engines/g723_1/arithmetic.h"
 #include "codecs/engines/g723_1/line_spectrum.h"
@@ -50,11 +52,26 @@ Halves PolynomialsOf(const Filter& filter) noexcept {
   return halves;
 }
 
-Long ValueAt(const Half& half, std::size_t place) noexcept {
-  Long sum = 0;
-  for (std::size_t j = 0; j <= kHalfOrder; ++j) {
-    sum = MultiplyAdd(sum, half[j], kCosines[place * j % kCosines.size()]);
+constexpr std::size_t kPlaces = 256;  // where the polynomials are looked at, from 0 up to 4 kHz
+
+// Of a place: the cosines of its multiples.
+using Cosines = std::array<Word, kHalfOrder + 1>;
+consteval std::array<Cosines, kPlaces> CosinesOfPlaces() {
+  std::array<Cosines, kPlaces> cosines = {};
+  for (std::size_t place = 0; place < kPlaces; ++place) {
+    for (std::size_t j = 0; j <= kHalfOrder; ++j) {
+      cosines[place][j] = kCosines[place * j % kCosines.size()];
+    }
   }
+  return cosines;
+}
+constexpr std::array<Cosines, kPlaces> kCosinesOfPlaces = CosinesOfPlaces();
+
+// The sums saturate in many frames. A doubled product does not, as the cosines are Q14.
+Long ValueAt(const Half& half, std::size_t place) noexcept {
+  const Cosines& cosines = kCosinesOfPlaces[place];
+  Long sum = 0;
+  for (std::size_t j = 0; j <= kHalfOrder; ++j) sum = LongAdd(sum, 2 * half[j] * cosines[j]);
   return sum;
 }
 
@@ -85,41 +102,92 @@ LineSpectrum WeightsOf(const LineSpectrum& spectrum) noexcept {
   return weights;
 }
 
-unsigned NearestRow(std::size_t band, const LineSpectrum& target,
-                    const LineSpectrum& weights) noexcept {
-  const std::size_t first = kBands[band].first;
+constexpr std::size_t kRows = kBandCodebooks[0].size();
+
+// A codebook by the frequency within the band, so that the rows can be compared side by side.
+using Columns = std::array<std::array<Word, kRows>, std::tuple_size_v<BandVector>>;
+
+consteval std::array<Columns, kBands.size()> ColumnsOfBands() {
+  std::array<Columns, kBands.size()> columns = {};
+  for (std::size_t band = 0; band < kBands.size(); ++band) {
+    for (std::size_t row = 0; row < kRows; ++row) {
+      for (std::size_t i = 0; i < kBands[band].count; ++i) {
+        columns[band][i][row] = kBandCodebooks[band][row][i];
+      }
+    }
+  }
+  return columns;
+}
+constexpr std::array<Columns, kBands.size()> kColumns = ColumnsOfBands();
+
+consteval Long MostCode() {
+  Long most = 0;
+  for (const auto& codebook : kBandCodebooks) {
+    for (const BandVector& vector : codebook) {
+      for (const Word code : vector) most = std::max<Long>(most, code < 0 ? -code : code);
+    }
+  }
+  return most;
+}
+// Of a target: twice as much, less a code, still has 16 bits. Then nothing saturates: each of four
+// frequencies adds four times target x code, and takes away twice a square of a code.
+constexpr Long kMostTarget = (kMostWord - MostCode()) / 2;
+static_assert(4 * (std::int64_t{4} * kMostTarget * MostCode() +
+                   std::int64_t{2} * MostCode() * MostCode()) <=
+              kMostLong);
+
+using Scores = std::array<Long, kRows>;
+
+void ScoreSaturating(std::size_t band, const Word* target, const Word* weights,
+                     Scores& scores) noexcept {
   const std::size_t count = kBands[band].count;
-  Long best = -1;
-  unsigned bestRow = 0;
-  for (unsigned row = 0; row < kBandCodebooks[band].size(); ++row) {
+  for (std::size_t row = 0; row < kRows; ++row) {
     const BandVector& code = kBandCodebooks[band][row];
-    BandVector weighted{};
+    BandVector weighted;
     Long sum = 0;
     for (std::size_t i = 0; i < count; ++i) {
-      weighted[i] = MultiplyRounded(weights[first + i], code[i]);
-      sum = MultiplyAdd(sum, target[first + i], weighted[i]);
+      weighted[i] = MultiplyRounded(weights[i], code[i]);
+      sum = MultiplyAdd(sum, target[i], weighted[i]);
     }
     sum = LongShiftLeft(sum, 1);
     for (std::size_t i = 0; i < count; ++i) sum = MultiplySubtract(sum, code[i], weighted[i]);
-    if (sum > best) {
-      best = sum;
-      bestRow = row;
+    scores[row] = sum;
+  }
+}
+
+// The same, halved: (2 x target - code) x weight x code.
+void ScorePlainly(std::size_t band, const Word* target, const Word* weights,
+                  Scores& scores) noexcept {
+  scores = {};
+  for (std::size_t i = 0; i < kBands[band].count; ++i) {
+    const auto& codes = kColumns[band][i];
+    const auto twice = static_cast<Word>(2 * target[i]);
+    const Word weight = weights[i];
+    for (std::size_t row = 0; row < kRows; ++row) {
+      const auto weighted = static_cast<Word>((weight * codes[row] + 0x4000) >> 15);
+      scores[row] += weighted * static_cast<Word>(twice - codes[row]);
     }
   }
-  return bestRow;
+}
+
+// The first of the largest score, or 0 when none is above -1.
+unsigned BestRow(const Scores& scores) noexcept {
+  Long best = -1;
+  for (const Long score : scores) best = std::max(best, score);
+  const auto row = std::ranges::find(scores, best);
+  return best < 0 ? 0 : static_cast<unsigned>(row - scores.begin());
 }
 
 }  // namespace
 
 LineSpectrum SpectrumOf(const Filter& filter, const LineSpectrum& last) noexcept {
-  constexpr std::size_t kPlaces = 256;
   const Halves halves = PolynomialsOf(filter);
   LineSpectrum spectrum;
   std::size_t found = 0;
   Long before = ValueAt(halves[0], 0);
   for (std::size_t place = 1; place < kPlaces; ++place) {
     const Long now = ValueAt(halves[found % 2], place);
-    if ((before < 0) == (now < 0)) {
+    if ((before ^ now) >= 0) {
       before = now;
       continue;
     }
@@ -138,9 +206,15 @@ unsigned QuantizeSpectrum(const LineSpectrum& spectrum, const LineSpectrum& last
     target[i] = Subtract(Subtract(spectrum[i], kMeanSpectrum[i]), expected);
   }
   const LineSpectrum weights = WeightsOf(spectrum);
+  const bool isPlain = std::ranges::all_of(
+      target, [](Word value) { return value >= -kMostTarget && value <= kMostTarget; });
+  Scores scores;
   unsigned index = 0;
   for (std::size_t band = 0; band < kBands.size(); ++band) {
-    index = index << 8 | NearestRow(band, target, weights);
+    const std::size_t first = kBands[band].first;
+    const auto score = isPlain ? ScorePlainly : ScoreSaturating;
+    score(band, target.data() + first, weights.data() + first, scores);
+    index = index << 8 | BestRow(scores);
   }
   return index;
 }

@@ -5,7 +5,8 @@
 //   1. The target, filtered backwards, says for each sample what a pulse there gains. An even
 //      sample and the odd one behind have one sign, that of their sum.
 //   2. The correlations of the response with itself say what two pulses cost together. With the
-//      signs put into them, the search need not know about signs.
+//      signs put into them, the search need not know about signs. Those of the even samples stand
+//      for the odd ones too.
 //   3. All places of the first three tracks are gone through, but the fourth track is searched only
 //      where the three gain more than a limit, and only so often.
 //
@@ -126,17 +127,17 @@ Word Limit(std::size_t grid, const Pulses& pulses) noexcept {
   return Add(mean, Multiply(Subtract(most, mean), 16384));
 }
 
-// Searches the last track. @param positions  of the other three.
+// Searches the last track. @param places  of the other three.
 void SearchLast(std::size_t grid, const std::array<std::size_t, kTracks - 1>& places,
                 const Pulses& pulses, Choice& best) noexcept {
   std::array<std::size_t, kTracks> positions;
-  for (std::size_t k = 0; k < places.size(); ++k) positions[k] = PositionOf(k, places[k], grid);
+  for (std::size_t k = 0; k < places.size(); ++k) positions[k] = PositionOf(k, places[k], 0);
   for (std::size_t place = 0; place < kPlaces; ++place) {
-    positions[3] = PositionOf(3, place, grid);
+    positions[3] = PositionOf(3, place, 0);
     Word gain = 0;
     Long energy = 0;
     for (std::size_t k = 0; k < kTracks; ++k) {
-      gain = Add(gain, pulses.gains[positions[k]]);
+      gain = Add(gain, pulses.gains[positions[k] + grid]);
       energy = MultiplyAdd(energy, pulses.common[positions[k]][positions[k]], 1);
       for (std::size_t j = 0; j < k; ++j) {
         energy = MultiplyAdd(energy, pulses.common[positions[k]][positions[j]], 2);

@@ -23,7 +23,12 @@ std::size_t Encoder::Encode(const short* samples, unsigned char* data) noexcept 
   Append(samples);
   const Analysis analysis = Analyze();
   FrameIndices indices;
-  EncodeSpeech(analysis, indices);
+  if (IsSpeech(analysis)) {
+    EncodeSpeech(analysis, indices);
+    silenceEncoder_.Restart();
+  } else {
+    EncodeSilence(analysis, indices);
+  }
   std::shift_left(weighted_.begin(), weighted_.end(), kFrameSamples);
   std::shift_left(excitation_.begin(), excitation_.end(), kFrameSamples);
   return Pack(indices, data);
@@ -70,11 +75,19 @@ void Encoder::Weight(Analysis& analysis) noexcept {
   }
 }
 
+bool Encoder::IsSpeech(const Analysis& analysis) noexcept {
+  if (!modes_.voiceActivityDetection) return true;
+  const bool isSpeech = voiceActivity_.IsSpeech(&samples_[kOldSamples], analysis.isSine);
+  voiceActivity_.AddLags(analysis.lags);
+  silenceEncoder_.AddFrame(analysis.windows);
+  return isSpeech;
+}
+
 void Encoder::EncodeSpeech(const Analysis& analysis, FrameIndices& indices) noexcept {
   indices.type = modes_.bitRate == kHighRate ? FrameType::kAtHighRate : FrameType::kAtLowRate;
   indices.halfLags = analysis.lags;
   indices.spectrum = QuantizeSpectrum(SpectrumOf(analysis.filters.back(), spectrum_), spectrum_);
-  const auto filters = FiltersTo(indices.spectrum, analysis);
+  const auto filters = FiltersTo(DecodeSpectrum(indices.spectrum, spectrum_), analysis);
   SearchBudget budget;
   for (std::size_t i = 0; i < kSubframes; ++i) {
     const std::size_t begin = kExcitationHistory + i * kSubframeSamples;
@@ -84,12 +97,23 @@ void Encoder::EncodeSpeech(const Analysis& analysis, FrameIndices& indices) noex
   }
 }
 
-// From the last frame's spectrum to the one that is sent, which is the last one from now on.
-std::array<SubframeFilters, kSubframes> Encoder::FiltersTo(unsigned spectrumIndex,
+// The decoder makes noise; the memories follow it.
+void Encoder::EncodeSilence(const Analysis& analysis, FrameIndices& indices) noexcept {
+  indices = silenceEncoder_.Encode(spectrum_);
+  if (indices.type == FrameType::kSilence) voiceActivity_.Learn(silenceEncoder_.AverageFilter());
+  const auto filters = FiltersTo(silenceEncoder_.Spectrum(), analysis);
+  const NoisePitch pitch = silenceEncoder_.MakeExcitation(&excitation_[kExcitationHistory]);
+  for (std::size_t i = 0; i < kSubframes; ++i) {
+    subframeEncoder_.Follow(filters[i], pitch.lags[i], false, pitch.rows[i],
+                            &excitation_[kExcitationHistory + i * kSubframeSamples]);
+  }
+}
+
+// From the last frame's spectrum to this one, which is the last one from now on.
+std::array<SubframeFilters, kSubframes> Encoder::FiltersTo(const LineSpectrum& spectrum,
                                                            const Analysis& analysis) noexcept {
-  const LineSpectrum last = spectrum_;
-  spectrum_ = DecodeSpectrum(spectrumIndex, last);
-  const Filters synthesis = FiltersBetween(last, spectrum_);
+  const Filters synthesis = FiltersBetween(spectrum_, spectrum);
+  spectrum_ = spectrum;
   std::array<SubframeFilters, kSubframes> filters;
   for (std::size_t i = 0; i < kSubframes; ++i) {
     filters[i] = {synthesis[i], analysis.weighting[i], analysis.harmonics[i]};

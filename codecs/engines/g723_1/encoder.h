@@ -19,7 +19,9 @@
 #include "codecs/engines/g723_1/high_pass.h"
 #include "codecs/engines/g723_1/line_spectrum_tables.h"
 #include "codecs/engines/g723_1/linear_prediction.h"
+#include "codecs/engines/g723_1/silence_encoder.h"
 #include "codecs/engines/g723_1/subframe_encoder.h"
+#include "codecs/engines/g723_1/voice_activity.h"
 #include "codecs/engines/g723_1/weighted_synthesis.h"
 
 namespace Quorvex::g723_1 {
@@ -54,8 +56,10 @@ class Encoder {
   Analysis Analyze() noexcept;
   void Predict(Analysis& analysis) noexcept;
   void Weight(Analysis& analysis) noexcept;
+  bool IsSpeech(const Analysis& analysis) noexcept;
   void EncodeSpeech(const Analysis& analysis, FrameIndices& indices) noexcept;
-  std::array<SubframeFilters, kSubframes> FiltersTo(unsigned spectrumIndex,
+  void EncodeSilence(const Analysis& analysis, FrameIndices& indices) noexcept;
+  std::array<SubframeFilters, kSubframes> FiltersTo(const LineSpectrum& spectrum,
                                                     const Analysis& analysis) noexcept;
 
   EngineModes modes_;
@@ -64,6 +68,8 @@ class Encoder {
   SineDetector sineDetector_;
   LineSpectrum spectrum_ = kMeanSpectrum;  // of the last frame, as it was sent
   SubframeEncoder subframeEncoder_;
+  VoiceActivity voiceActivity_;
+  SilenceEncoder silenceEncoder_;
   // Both with what came before the frame.
   std::array<fixed_point::Word, kExcitationHistory + kFrameSamples> weighted_ = {};
   std::array<fixed_point::Word, kExcitationHistory + kFrameSamples> excitation_ = {};

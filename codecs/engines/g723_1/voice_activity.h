@@ -8,24 +8,31 @@
 
 namespace Quorvex::g723_1 {
 
+/// Compares the energy of what a filter of the noise leaves with the level of the noise. Both adapt
+/// while there is neither a voice's pitch nor a sine.
 class VoiceActivity {
  public:
-  /// Decides on the next frame. @param samples  its kFrameSamples new ones behind the high-pass,
-  /// with kOrder before.
+  /// Decides on the next frame. To be called for every frame.
+  /// @param samples  its new ones behind the high-pass, kFrameSamples.
+  /// @param isSine   whether they are held for a sine.
   bool IsSpeech(const fixed_point::Word* samples, bool isSine) noexcept;
-  /// The open-loop lags of a frame, for the next one; also of a frame that is no speech.
-  void SetLags(const std::array<int, kHalves>& lags) noexcept;
-  /// Whether the noise is not adapted to at present, so that its filter may be replaced.
-  bool TakesNoise() const noexcept { return adaptation_ == 0; }
-  void SetNoiseFilter(const Filter& filter) noexcept { noiseFilter_ = filter; }
+  /// The open-loop lags of a frame, for the next two; also of a frame that is no speech.
+  void AddLags(const std::array<int, kHalves>& lags) noexcept;
+  /// A filter of the noise, found in frames that are no speech.
+  void Learn(const Filter& noiseFilter) noexcept;
 
  private:
-  int hangover_ = 3;
-  int speechFrames_ = 0;
-  int adaptation_ = 0;
-  fixed_point::Long energy_ = 0x400;
-  fixed_point::Long level_ = 0x400;
-  std::array<int, 2 * kHalves> lags_ = {1, 1, 60, 60};
+  bool HasPitch() const noexcept;
+  void Adapt(bool isVoice) noexcept;
+  fixed_point::Long Threshold() const noexcept;
+  bool HangsOver(bool isSpeech) noexcept;
+
+  int hangover_ = 3;                  // frames that are yet to be taken for speech
+  int speechFrames_ = 0;              // up to kMostSpeechFrames
+  int voice_ = 0;                     // above 0 nothing adapts; up to kMostVoice
+  fixed_point::Long energy_ = 0x400;  // of the last frame
+  fixed_point::Long level_ = 0x400;   // of the noise
+  std::array<int, 2 * kHalves> lags_ = {1, 1, 60, 60};  // of two frames, the newer last
   Filter noiseFilter_ = {};
 };
 

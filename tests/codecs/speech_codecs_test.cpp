@@ -25,7 +25,8 @@ TEST(SpeechCodecs, WhichThereAre) {
                         {7, 0, 0},
                         {IPPCoder::G729A, 0, 10, true},
                         {IPPCoder::G729A_HEADERED, 0, 11, true},
-                        {IPPCoder::G723_1_63, 0, 0},
+                        {IPPCoder::G723_1_53, 0, 20, true},
+                        {IPPCoder::G723_1_63, 0, 24, true},
                         {IPPCoder::G722, 0, 80},
                         {IPPCoder::G722, 56000, 70},
                         {IPPCoder::G722, 48000, 60},
@@ -48,12 +49,11 @@ TEST(SpeechCodecs, WhichThereAre) {
   EXPECT_EQ(decoder->GetCodec(), IPPCoder::G729A);
   testing::internal::CaptureStderr();
   MediaAccessorSetLog("", kLogStandardError);
-  IPPDecoder::CreateInstance(IPPCoder::G723_1_63);
+  IPPDecoder::CreateInstance(static_cast<IPPCoder::CODEC>(7));
   IPPDecoder::CreateInstance(IPPCoder::G722, 12345);
   MediaAccessorSetLog("", 0);
   const std::string log = testing::internal::GetCapturedStderr();
-  EXPECT_NE(log.find("IPP_G723.1: there is no engine for this speech codec"), std::string::npos)
-      << log;
+  EXPECT_NE(log.find("7 is no speech codec"), std::string::npos) << log;
   EXPECT_NE(log.find("IPP_G722 at 12345 bit/s: this"), std::string::npos) << log;
 }
 
@@ -75,6 +75,28 @@ TEST(SpeechCodecs, G722AsFFmpegDecodesIt) {
     ASSERT_EQ(sink.pushes.size(), 1U);
     EXPECT_EQ(sink.pushes[0], expected) << bitRate;
   }
+}
+
+// A frame a call, of all four lengths. The decoder of ffmpeg is exact here.
+TEST(SpeechCodecs, G7231FramesOfAnyLengthAsFFmpegDecodesThem) {
+  const tests::Bytes frames = tests::ReadBytes(tests::Fixture("g723_1_mixed.g723_1"));
+  const IPPDecoderPtr decoder(IPPDecoder::CreateInstance(IPPCoder::G723_1_63));
+  const IPPDecoderPtr low(IPPDecoder::CreateInstance(IPPCoder::G723_1_53));
+  tests::PushSink<short> sink;
+  tests::PushSink<short> lowSink;
+  decoder->SetSink(&sink);
+  low->SetSink(&lowSink);
+  std::vector<short> samples;
+  for (std::size_t i = 0; i < frames.size();) {
+    constexpr std::uint32_t kLengths[] = {24, 20, 4, 1};
+    const std::uint32_t bytes = kLengths[frames[i] & 3U];
+    EXPECT_EQ(decoder->Decode(&frames[i], bytes), QVERR_OK);
+    samples.insert(samples.end(), sink.pushes.back().begin(), sink.pushes.back().end());
+    EXPECT_EQ(low->Decode(&frames[i], bytes), bytes == 24 ? QVERR_BAD_FORMAT : QVERR_OK) << bytes;
+    i += bytes;
+  }
+  EXPECT_EQ(samples, tests::ReadSamples(tests::Fixture("g723_1_mixed.s16")));
+  EXPECT_EQ(lowSink.pushes.size(), 17U);
 }
 
 // What the host's callbacks do, and what they were asked.
@@ -141,15 +163,18 @@ TEST_F(Licence, TheCallbacksOfTheHost) {
   EXPECT_EQ(Permitted(), "3456");
   const WAVFileWriterPtr writer(CWAVFileWriter::CreateInstance());
   EXPECT_EQ(writer->SetOutputCoding(kWAVOutputG729A), QVERR_CODEC_NOT_LICENSED);
-  EXPECT_EQ(writer->SetOutputCoding(kWAVOutputTrueSpeech), QVERR_CREATE_FAILED);
+  EXPECT_EQ(writer->SetOutputCoding(kWAVOutputTrueSpeech), QVERR_OK);
   MediaFilePtr file;
   const std::string speech = tests::Fixture("g729a_bcg729.g729a");
+  const std::string trueSpeech = tests::Fixture("g723_1_mixed.wav");
   EXPECT_EQ(MediaFileOpen(speech.c_str(), file), QVERR_NOT_LICENSED);
+  EXPECT_EQ(MediaFileOpen(trueSpeech.c_str(), file), QVERR_OK);
   Host::refused = "TrueSpeech";
   EXPECT_EQ(Permitted(), "1256");
   EXPECT_EQ(writer->SetOutputCoding(kWAVOutputG729A), QVERR_OK);
   EXPECT_EQ(writer->SetOutputCoding(kWAVOutputTrueSpeech), QVERR_CODEC_NOT_LICENSED);
   EXPECT_EQ(MediaFileOpen(speech.c_str(), file), QVERR_OK);
+  EXPECT_EQ(MediaFileOpen(trueSpeech.c_str(), file), QVERR_NOT_LICENSED);
   InitializeMediaAccessorLibrary(&Host::Query, nullptr);
   EXPECT_EQ(Permitted(), "123456") << "the check has no say any more";
   Host::count = 0;

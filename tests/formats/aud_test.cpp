@@ -61,8 +61,18 @@ class AUD : public testing::Test {
     EXPECT_EQ(MediaFileOpen(tests::Fixture("g729a_bcg729.g729a").c_str(), file), QVERR_OK);
     return tests::PullAll(*file);
   }
-  std::vector<short> Pull(const tests::WavBytes& wav, int channels) {
-    ExpectFacts(Write("x.wav", wav.ToBytes()), 8000, channels, "ITU-T G.729A 8 kbit/s");
+  // The mixed frames of the fixture.
+  static tests::WavBytes G7231() {
+    const tests::Bytes frames = tests::ReadBytes(tests::Fixture("g723_1_mixed.g723_1"));
+    tests::WavBytes wav;
+    wav.tag = 0x42;
+    wav.blockAlign = 24;
+    wav.data.assign(frames.begin(), frames.end());
+    return wav;
+  }
+  std::vector<short> Pull(const tests::WavBytes& wav, int channels,
+                          const char* encoding = "ITU-T G.729A 8 kbit/s") {
+    ExpectFacts(Write("x.wav", wav.ToBytes()), 8000, channels, encoding);
     std::vector<short> samples = tests::PullAll(*file);
     EXPECT_EQ(file->GetMilliseconds(), samples.size() / static_cast<unsigned>(channels) / 8);
     return samples;
@@ -167,6 +177,70 @@ TEST_F(AUD, TheFramesOfStereoG729AAlternate) {
   }
 }
 
+// All four kinds of frames. The decoder of ffmpeg is exact here.
+TEST_F(AUD, G7231OfMixedFramesThatFFmpegDecodes) {
+  ExpectFacts(tests::Fixture("g723_1_mixed.wav"), 8000, 1, "ITU-T G.723.1");
+  EXPECT_EQ(file->GetMilliseconds(), 870U);
+  EXPECT_EQ(tests::PullAll(*file), tests::ReadSamples(tests::Fixture("g723_1_mixed.s16")));
+}
+
+// Four frames of 24 bytes, four of 20, and so on; 29 of 240 samples.
+TEST_F(AUD, G7231IsAsLongAsItsFramesOrAsItTells) {
+  const auto samples = tests::ReadSamples(tests::Fixture("g723_1_mixed.s16"));
+  struct Case {
+    std::size_t bytes;
+    int told;  // -1: nothing
+    std::size_t samples;
+    std::size_t whole;  // those of whole frames
+  };
+  const Case cases[] = {{523, 6960, 6960, 6960}, {523, 6721, 6721, 6721}, {523, 6720, 6960, 6960},
+                        {523, 6961, 6960, 6960}, {96, 1152, 960, 960},    {48, 480, 480, 480},
+                        {48, 241, 241, 241},     {48, 240, 480, 480},     {0, 0, 0, 0},
+                        {523, -1, 6960, 6960},   {521, -1, 6660, 6480},   {425, -1, 5040, 5040},
+                        {421, -1, 4620, 4560},   {177, -1, 1930, 1920},   {120, -1, 1248, 1200},
+                        {110, -1, 1128, 960},    {1, -1, 10, 0}};
+  for (const Case& c : cases) {
+    for (const unsigned variant : {0U, 1U, 2U, 3U}) {
+      SCOPED_TRACE(testing::Message() << c.bytes << " bytes, " << c.told << ", " << variant);
+      tests::WavBytes wav = G7231();
+      wav.tag = variant % 2 == 0 ? 0x22 : 0x42;
+      wav.blockAlign = variant / 2 == 0 ? 20 : 24;
+      wav.bytesPerSecond = variant == 0 ? 662 : 0;
+      wav.data.resize(c.bytes);
+      if (c.told < 0) {
+        wav.dataSize = 0;  // not known
+      } else {
+        const auto told = static_cast<std::uint64_t>(c.told);
+        wav.afterData = std::string(c.bytes % 2, '\0') +
+                        tests::WavBytes::Chunk("fact", tests::WavBytes::Number(told, 4));
+      }
+      const std::vector<short> read = Pull(wav, 1, "ITU-T G.723.1");
+      EXPECT_EQ(read.size(), c.samples);
+      EXPECT_TRUE(
+          std::equal(samples.begin(), samples.begin() + std::ptrdiff_t(c.whole), read.begin()));
+    }
+  }
+}
+
+// A block that is refused, and a file that shrinks to the beginning of a frame.
+TEST_F(AUD, G7231KeepsInStepWithItsFrames) {
+  const std::string path = Write("x.wav", G7231().ToBytes());
+  ASSERT_EQ(MediaFileOpen(path.c_str(), file), QVERR_OK);
+  const std::vector<unsigned long> sizes = tests::BlockSizes(*file);
+  ASSERT_EQ(sizes.size(), 5U);
+  ASSERT_EQ(MediaFileOpen(path.c_str(), file), QVERR_OK);
+  const short* samples = nullptr;
+  unsigned long frames = 0;
+  EXPECT_EQ(file->ReadBlock(samples, frames), QVERR_OK);
+  InitializeMediaAccessorLibrary("a licensee", "");
+  EXPECT_EQ(file->ReadBlock(samples, frames), QVERR_NOT_LICENSED);
+  InitializeMediaAccessorLibrary("", "");
+  EXPECT_EQ(tests::BlockSizes(*file), std::vector<unsigned long>(sizes.begin() + 2, sizes.end()));
+  ASSERT_EQ(MediaFileOpen(path.c_str(), file), QVERR_OK);
+  std::filesystem::resize_file(path, 44 + 23);
+  EXPECT_EQ(file->ReadBlock(samples, frames), QVERR_FILE_IO);
+}
+
 TEST_F(AUD, EveryCodeWordOfRawG711) {
   tests::Bytes codes;
   for (int code = 0; code < 256; ++code) codes.push_back(static_cast<unsigned char>(code));
@@ -227,6 +301,11 @@ TEST_F(AUD, RefusesWhatItDoesNotTake) {
   oneSide.channels = 2;
   tests::WavBytes shortFrames = G729A();
   shortFrames.blockAlign = 8;
+  tests::WavBytes twoSides = G7231();
+  twoSides.channels = 2;
+  twoSides.blockAlign = 48;
+  tests::WavBytes oddFrames = G7231();
+  oddFrames.blockAlign = 12;
   tests::Bytes noData = ALaw().ToBytes();
   noData.resize(noData.size() - 14);  // "data", its size, 6 bytes
   const tests::Bytes other = {'A', 'U', 'D', ' ', 0, 0, 0, 0, 1, 2, 3, 4, 5, 6, 7, 8};
@@ -237,6 +316,9 @@ TEST_F(AUD, RefusesWhatItDoesNotTake) {
                                Write("three.wav", threeSides.ToBytes()),
                                Write("one.wav", oneSide.ToBytes()),
                                Write("short.wav", shortFrames.ToBytes()),
+                               Write("two.wav", twoSides.ToBytes()),
+                               Write("odd.wav", oddFrames.ToBytes()),
+                               tests::Fixture("truespeech_mono.wav"),
                                Write("data.wav", noData),
                                Write("rate.g722", noRate.ToBytes()),
                                Write("other.wav", other),

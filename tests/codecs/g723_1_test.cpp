@@ -154,17 +154,17 @@ TEST(G7231, LostFramesFadeToSilenceAndTheNextOnesAreHeard) {
   for (int i = 0; i < 2; ++i) {
     const double faded = Level(decoder(lost, true));
     EXPECT_LT(faded, level) << i;
-    EXPECT_GT(faded, level / 10) << i;
+    EXPECT_GT(faded, level / 5) << i;
     level = faded;
   }
   decoder(lost, true);  // rings
-  for (int i = 3; i < 20; ++i) EXPECT_LT(Level(decoder(lost, true)), 2) << i;
+  for (int i = 3; i < 10; ++i) EXPECT_LT(Level(decoder(lost, true)), 1) << i;
 
   const Frames rest(speech.begin() + before, speech.end());
   const Samples expected = tests::ReadSamples(tests::Fixture("g723_1_speech.s16"));
   const Samples again = decoder(rest);
   const std::span<const short> end = std::span(again).last(8 * kFrame);
-  EXPECT_GT(Correlation(std::span(expected).last(end.size()), end), 0.9);
+  EXPECT_GT(Correlation(std::span(expected).last(end.size()), end), 0.99);
 }
 
 TEST(G7231, ALostFrameInSilenceGoesOnWithIt) {
@@ -177,18 +177,20 @@ TEST(G7231, ALostFrameInSilenceGoesOnWithIt) {
 }
 
 TEST(G7231, BeginsAnewWhateverWasInItsMemory) {
+  Samples speech = Speech();
+  speech.resize(20 * kFrame);
   for (const int bitRate : {5300, 6300}) {
     const EngineModes modes = {.bitRate = bitRate, .voiceActivityDetection = true};
     const Encoder encoder{modes, 0x00};
-    const Frames frames = encoder(Speech());
+    const Frames frames = encoder(speech);
     const Decoder decoder{modes, 0x00};
     const Samples decoded = decoder(frames);
-    EXPECT_EQ((Encoder{modes, 0xFF}(Speech())), frames);
+    EXPECT_EQ((Encoder{modes, 0xFF}(speech)), frames);
     EXPECT_EQ((Decoder{modes, 0xFF}(frames)), decoded);
     for (EngineHandle* const handle : {encoder.coder.Handle(), decoder.coder.Handle()}) {
       EXPECT_EQ(Engine().Reinitialize(modes, handle), EngineStatus::kOk);
     }
-    EXPECT_EQ(encoder(Speech()), frames);
+    EXPECT_EQ(encoder(speech), frames);
     EXPECT_EQ(decoder(frames), decoded);
   }
 }
@@ -200,12 +202,12 @@ TEST(G7231, SpeechThereAndBack) {
     int bitRate;
     std::size_t frameBytes;
     double least;  // correlation
-  } cases[] = {{5300, 20, 0.9}, {6300, 24, 0.93}};
+  } cases[] = {{5300, 20, 0.93}, {6300, 24, 0.95}};
   for (const auto& c : cases) {
     const Frames frames = Encoder{{.bitRate = c.bitRate}}(speech);
     for (const Bytes& frame : frames) EXPECT_EQ(frame.size(), c.frameBytes);
     const Samples decoded = Decoder()(frames);
-    EXPECT_NEAR(Level(decoded) / Level(speech), 0.95, 0.1);
+    EXPECT_NEAR(Level(decoded) / Level(speech), 1, 0.05);
     const double best = Correlation(speech, decoded, kLookAhead);
     EXPECT_GT(best, c.least) << c.bitRate;
     for (const std::size_t delay : {kLookAhead - 1, kLookAhead + 1}) {
@@ -215,7 +217,8 @@ TEST(G7231, SpeechThereAndBack) {
 }
 
 TEST(G7231, TheBitRateChangesFromFrameToFrame) {
-  const Samples speech = Speech();
+  Samples speech = Speech();
+  speech.resize(40 * kFrame);
   const Encoder encoder;
   Frames frames;
   for (std::size_t i = 0; i < speech.size() / kFrame; ++i) {
@@ -234,13 +237,12 @@ TEST(G7231, ExtremesThereAndBack) {
     bool highPass;
     double least, most;
   } cases[] = {{0, 0, true, 0, 2},
-               {-32768, -32768, true, 0, 50},
-               {-8000, -8000, true, 0, 50},
-               {-8000, -8000, false, 6000, 10000},
-               {-32768, 32767, true, 20000, 32768},
-               {-32768, 32767, false, 20000, 32768}};
+               {-32768, -32768, true, 0, 2},
+               {-8000, -8000, false, 7500, 9500},
+               {-32768, 32767, true, 25000, 32768},
+               {-32768, 32767, false, 25000, 32768}};
   for (const auto& c : cases) {
-    Samples samples(100 * kFrame);
+    Samples samples(30 * kFrame);
     for (std::size_t i = 0; i < samples.size(); ++i) {
       samples[i] = static_cast<short>(i / 3 % 2 == 0 ? c.high : c.low);
     }
@@ -256,7 +258,7 @@ TEST(G7231, ExtremesThereAndBack) {
 
 // Speech between stretches of a quiet noise.
 TEST(G7231, OnlySilenceMakesShortFrames) {
-  constexpr std::size_t kPause = 100;  // frames
+  constexpr std::size_t kPause = 40;  // frames
   const Samples speech = Speech();
   std::minstd_rand random(1);
   Samples samples(kPause * kFrame);
@@ -265,8 +267,7 @@ TEST(G7231, OnlySilenceMakesShortFrames) {
   samples.insert(samples.end(), speech.begin(), speech.end());
   samples.insert(samples.end(), pause.begin(), pause.end());
 
-  for (const Bytes& frame : Encoder()(samples)) EXPECT_EQ(frame.size(), 24U);
-
+  for (const Bytes& frame : Encoder()(pause)) EXPECT_EQ(frame.size(), 24U);
   const Frames frames = Encoder{{.bitRate = 5300, .voiceActivityDetection = true}}(samples);
   const auto count = [](std::span<const Bytes> some, std::size_t bytes) {
     return std::ranges::count(some, bytes, &Bytes::size);

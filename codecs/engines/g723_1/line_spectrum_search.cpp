@@ -132,6 +132,7 @@ consteval Long MostCode() {
 // Of a target: twice as much, less a code, still has 16 bits. Then nothing saturates: each of four
 // frequencies adds four times target x code, and takes away twice a square of a code.
 constexpr Long kMostTarget = (kMostWord - MostCode()) / 2;
+static_assert(2 * MostCode() <= kMostWord);
 static_assert(4 * (std::int64_t{4} * kMostTarget * MostCode() +
                    std::int64_t{2} * MostCode() * MostCode()) <=
               kMostLong);
@@ -156,17 +157,31 @@ void ScoreSaturating(std::size_t band, const Word* target, const Word* weights,
 }
 
 // The same, halved: (2 x target - code) x weight x code.
-void ScorePlainly(std::size_t band, const Word* target, const Word* weights,
+template <std::size_t kCount>
+void ScorePlainly(const Columns& columns, const Word* target, const Word* weights,
                   Scores& scores) noexcept {
-  scores = {};
-  for (std::size_t i = 0; i < kBands[band].count; ++i) {
-    const auto& codes = kColumns[band][i];
-    const auto twice = static_cast<Word>(2 * target[i]);
-    const Word weight = weights[i];
-    for (std::size_t row = 0; row < kRows; ++row) {
-      const auto weighted = static_cast<Word>((weight * codes[row] + 0x4000) >> 15);
-      scores[row] += weighted * static_cast<Word>(twice - codes[row]);
+  for (std::size_t row = 0; row < kRows; ++row) {
+    Long sum = 0;
+    for (std::size_t i = 0; i < kCount; ++i) {
+      const Word code = columns[i][row];
+      const auto rest = static_cast<Word>(2 * target[i] - code);
+      sum += MultiplyRoundedNarrow(code, weights[i]) * rest;
     }
+    scores[row] = sum;
+  }
+}
+
+void Score(std::size_t band, const Word* target, const Word* weights, Scores& scores) noexcept {
+  const std::size_t count = kBands[band].count;
+  const bool isPlain = std::all_of(target, target + count, [](Word value) {
+    return value >= -kMostTarget && value <= kMostTarget;
+  });
+  if (!isPlain) {
+    ScoreSaturating(band, target, weights, scores);
+  } else if (count == 3) {
+    ScorePlainly<3>(kColumns[band], target, weights, scores);
+  } else {
+    ScorePlainly<4>(kColumns[band], target, weights, scores);
   }
 }
 
@@ -206,14 +221,11 @@ unsigned QuantizeSpectrum(const LineSpectrum& spectrum, const LineSpectrum& last
     target[i] = Subtract(Subtract(spectrum[i], kMeanSpectrum[i]), expected);
   }
   const LineSpectrum weights = WeightsOf(spectrum);
-  const bool isPlain = std::ranges::all_of(
-      target, [](Word value) { return value >= -kMostTarget && value <= kMostTarget; });
   Scores scores;
   unsigned index = 0;
   for (std::size_t band = 0; band < kBands.size(); ++band) {
     const std::size_t first = kBands[band].first;
-    const auto score = isPlain ? ScorePlainly : ScoreSaturating;
-    score(band, target.data() + first, weights.data() + first, scores);
+    Score(band, target.data() + first, weights.data() + first, scores);
     index = index << 8 | BestRow(scores);
   }
   return index;

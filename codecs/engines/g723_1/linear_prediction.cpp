@@ -17,8 +17,10 @@ namespace {
 
 static_assert(kAnalysisWindow.size() == kWindowSamples);
 
-// Zeros follow the samples, so that the loops over all lags have the same length.
-using Windowed = std::array<Word, kWindowSamples + kOrder>;
+// Zeros follow the samples, so that the loops over all lags have the same length, a multiple of 8.
+constexpr std::size_t kProducts = 184;
+static_assert(kProducts >= kWindowSamples);
+using Windowed = std::array<Word, kProducts + kOrder>;
 
 // Samples of 12 bits, behind the window, have an energy, and with it correlations, that leave room
 // for what white noise is added in.
@@ -36,8 +38,7 @@ static_assert(EnergiesFit());
 int Window(const Word* samples, Windowed& windowed) noexcept {
   const int shift = NormalizedCopy(samples, kWindowSamples, windowed.data());
   for (std::size_t n = 0; n < kWindowSamples; ++n) {
-    // Without saturation, as the window is positive.
-    windowed[n] = static_cast<Word>((windowed[n] * kAnalysisWindow[n] + 0x4000) >> 15);
+    windowed[n] = MultiplyRoundedNarrow(windowed[n], kAnalysisWindow[n]);
   }
   return shift;
 }
@@ -47,7 +48,7 @@ int Window(const Word* samples, Windowed& windowed) noexcept {
 Autocorrelation Correlate(const Word* samples) noexcept {
   Windowed windowed{};
   const int samplesShift = Window(samples, windowed);
-  Long energy = CorrelateUndoubled(windowed.data(), windowed.data(), kWindowSamples);
+  Long energy = CorrelateUndoubled(windowed.data(), windowed.data(), kProducts);
   energy += energy >> 10;
   if (energy == 0) return {};
 
@@ -57,7 +58,7 @@ Autocorrelation Correlate(const Word* samples) noexcept {
   for (std::size_t lag = 1; lag <= kOrder; ++lag) {
     const Word* const later = windowed.data() + lag;
     // No correlation is larger than the energy.
-    const Long sum = CorrelateUndoubled(windowed.data(), later, kWindowSamples) * (1 << norm);
+    const Long sum = CorrelateUndoubled(windowed.data(), later, kProducts) * (1 << norm);
     result.values[lag] = Round(MultiplyLong(sum, kLagWindow[lag - 1]));
   }
   result.shift = norm + 2 * samplesShift;

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
 
 #include "codecs/engines/sums_of_products.h"
 
@@ -27,11 +28,11 @@ struct Quality {
 // @param correlation  above 0.
 Quality QualityOf(Long correlation, Long energy) noexcept {
   const int norm = LongNorm(correlation);
-  const Word rounded = Round(LongShiftLeft(correlation, norm));
+  const Word rounded = Round(correlation * (1 << norm));
   const Long square = LongMultiply(rounded, rounded);
   const int squareNorm = LongNorm(square);
   const int energyNorm = LongNorm(energy);
-  Quality quality = {2 * norm + squareNorm - energyNorm, High(LongShiftLeft(square, squareNorm)),
+  Quality quality = {2 * norm + squareNorm - energyNorm, High(square * (1 << squareNorm)),
                      Round(LongShiftLeft(energy, energyNorm))};
   if (quality.square >= quality.energy) {
     quality.square = static_cast<Word>(quality.square >> 1);
@@ -105,6 +106,14 @@ Comparison Compare(const Word* samples) noexcept {
   return comparison;
 }
 
+// A bound, below which no quality is better than this one: square / energy, less 2^-10 of it. The
+// roundings of two qualities make less than that.
+Long LeastRatio(Long correlation, Long energy) noexcept {
+  if (energy <= 0) return 0;  // it saturated on its way
+  const std::int64_t ratio = std::int64_t{correlation} * correlation / energy;
+  return SaturateLong(ratio - (ratio >> 10) - 1);
+}
+
 }  // namespace
 
 int OpenLoopLag(const Word* samples) noexcept {
@@ -112,13 +121,17 @@ int OpenLoopLag(const Word* samples) noexcept {
   const Comparison comparison = Compare(samples);
   int bestLag = kLeastLag;
   Quality best = {30, 0x4000, kMostWord};
+  std::int64_t leastRatio = 0;
   for (int lag = kLeastLag; lag <= kMostLag; ++lag) {
     const auto i = static_cast<std::size_t>(lag - kLeastLag);
-    if (comparison.correlations[i] <= 0) continue;
-    const Quality quality = QualityOf(comparison.correlations[i], comparison.energies[i]);
+    const Long correlation = comparison.correlations[i];
+    const Long energy = comparison.energies[i];
+    if (correlation <= 0 || std::int64_t{correlation} * correlation < leastRatio * energy) continue;
+    const Quality quality = QualityOf(correlation, energy);
     if (!IsBetter(quality, best, lag >= bestLag + kMuchLonger)) continue;
     best = quality;
     bestLag = lag;
+    leastRatio = LeastRatio(correlation, energy);
   }
   return bestLag;
 }

@@ -40,17 +40,17 @@ Word WeightedSaturating(const WeightingFilter& filter, const Word* sample,
 std::size_t WeightPlainly(const WeightingFilter& filter, const Word* samples, Long most,
                           Word* weighted) noexcept {
   std::array<Long, kSubframeSamples> sums;
-  for (std::size_t n = 0; n < kSubframeSamples; ++n) sums[n] = kOne * samples[n];
-  for (std::size_t i = 0; i < kOrder; ++i) {
-    for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-      sums[n] -= filter.zeros[i] * *(samples + n - 1 - i);
-    }
+  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+    Long sum = kOne * samples[n] + kOne / 2;
+    for (std::size_t i = 0; i < kOrder; ++i) sum -= filter.zeros[i] * *(samples + n - 1 - i);
+    sums[n] = sum;
   }
+  const Filter poles = filter.poles;  // a copy, which the weighted samples are known not to change
   Long last = *(weighted - 1);
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    Long sum = sums[n] + kOne / 2;
-    for (std::size_t i = 1; i < kOrder; ++i) sum += filter.poles[i] * *(weighted + n - 1 - i);
-    last = Saturate((sum + filter.poles[0] * last) >> 13);
+    Long sum = sums[n];
+    for (std::size_t i = 1; i < kOrder; ++i) sum += poles[i] * *(weighted + n - 1 - i);
+    last = Saturate((sum + poles[0] * last) >> 13);
     weighted[n] = static_cast<Word>(last);
     if (last > most || last < -most) return n + 1;
   }
@@ -134,7 +134,7 @@ HarmonicFilter HarmonicsOf(const Word* samples, int halfLag) noexcept {
 Subframe ShapeHarmonics(const HarmonicFilter& filter, const Word* weighted) noexcept {
   Subframe shaped;
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    // As if the sample were the upper half, but without that many bits.
+    // As if the sample were the upper half, but in 32 bits: the gain is below 1.
     const Long less = (0x8000 - 2 * filter.gain * *(weighted + n - filter.lag)) >> 16;
     shaped[n] = Saturate(weighted[n] + less);
   }

@@ -8,7 +8,10 @@
 
 #include <algorithm>
 #include <array>
+#include <cstddef>
+#include <cstdint>
 
+#include "codecs/engines/g723_1/convolution.h"
 #include "codecs/engines/g723_1/excitation.h"
 #include "codecs/engines/g723_1/pitch_gain_tables.h"
 #include "codecs/engines/sums_of_products.h"
@@ -23,7 +26,11 @@ constexpr std::size_t kProducts = std::tuple_size_v<PitchGainRow>;
 constexpr std::size_t kMostLags = 4;
 
 using Products = std::array<Long, kProducts>;
-using Vectors = std::array<Subframe, kPitchTaps>;
+using NormalizedProducts = std::array<Word, kProducts>;
+
+// Zeros follow the subframe, so that the sums take whole vector registers.
+using Padded = std::array<Word, 64>;
+using Vectors = std::array<Padded, kPitchTaps>;
 
 // The lags that are tried.
 struct Lags {
@@ -31,59 +38,122 @@ struct Lags {
   std::size_t count;
 };
 
+Subframe ConvolveSaturating(const Word* samples, const Subframe& response) noexcept {
+  Subframe filtered;
+  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+    Long sum = 0;
+    for (std::size_t j = 0; j <= n; ++j) sum = MultiplyAdd(sum, samples[j], response[n - j]);
+    filtered[n] = Round(sum);
+  }
+  return filtered;
+}
+
 // What each tap's samples become behind the weighted synthesis: the last tap's by a convolution,
 // the others' by what comes one sample earlier.
 Vectors VectorsOf(const LagSamples& samples, const Subframe& response) noexcept {
   constexpr std::size_t kLast = kPitchTaps - 1;
-  Vectors vectors;
-  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    Long sum = 0;
-    for (std::size_t j = 0; j <= n; ++j) {
-      sum = MultiplyAdd(sum, samples[kLast + j], response[n - j]);
-    }
-    vectors[kLast][n] = Round(sum);
-  }
+  Vectors vectors = {};
+  const Word* const newest = &samples[kLast];
+  std::ranges::copy(ProductsStayBelow(kSumLimit, newest, response)
+                        ? Convolve(newest, response, 15)
+                        : ConvolveSaturating(newest, response),
+                    vectors[kLast].begin());
   for (std::size_t i = kLast; i-- > 0;) {
     vectors[i][0] = MultiplyRounded(samples[i], 0x2000);
     for (std::size_t n = 1; n < kSubframeSamples; ++n) {
-      vectors[i][n] = Round(MultiplyAdd(Deposit(vectors[i + 1][n - 1]), samples[i], response[n]));
+      // As a saturating sum with the vector in its upper half has it, rounded.
+      const Long added = (samples[i] * response[n] + 0x4000) >> 15;
+      vectors[i][n] = Saturate(vectors[i + 1][n - 1] + added);
     }
   }
   return vectors;
 }
 
-// The sum of the products.
-Long SumOfProducts(const Subframe& a, const Subframe& b) noexcept {
-  Long sum = 0;
-  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    sum = LongAdd(sum, LongMultiply(a[n], b[n]) >> 1);
+// How sums of products are made, where they may saturate and where they do not.
+struct SaturatingSums {
+  static Long Of(const Padded& a, const Padded& b) noexcept {
+    Long sum = 0;
+    for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+      sum = LongAdd(sum, LongMultiply(a[n], b[n]) >> 1);
+    }
+    return sum;
   }
-  return sum;
+  static Long Energy(const Padded& a) noexcept {
+    return Correlate(a.data(), a.data(), kSubframeSamples);
+  }
+};
+struct PlainSums {
+  static Long Of(const Padded& a, const Padded& b) noexcept {
+    return CorrelateUndoubled(a.data(), b.data(), a.size());
+  }
+  static Long Energy(const Padded& a) noexcept { return 2 * Of(a, a); }
+};
+
+bool SumsStayBelowLimit(const Vectors& vectors, const Padded& target) noexcept {
+  Long most = Peak(target.data(), target.size());
+  Long weights = 0;
+  for (const Padded& vector : vectors) {
+    most = std::max(most, Peak(vector.data(), vector.size()));
+    weights = std::max(weights, SumOfMagnitudes(vector.data(), vector.size()));
+  }
+  return std::int64_t{weights} * most < kSumLimit;
 }
 
-Products ProductsOf(const Vectors& vectors, const Subframe& target) noexcept {
+template <class Sums>
+Products ProductsBy(const Vectors& vectors, const Padded& target) noexcept {
   Products products;
   auto next = products.begin();
-  for (const Subframe& vector : vectors) {
-    *next++ = LongShiftLeft(SumOfProducts(target, vector), 1);
-  }
-  for (const Subframe& vector : vectors) {
-    *next++ = Correlate(vector.data(), vector.data(), kSubframeSamples);
-  }
+  for (const Padded& vector : vectors) *next++ = LongShiftLeft(Sums::Of(target, vector), 1);
+  for (const Padded& vector : vectors) *next++ = Sums::Energy(vector);
   for (std::size_t i = 1; i < kPitchTaps; ++i) {
     for (std::size_t j = 0; j < i; ++j) {
-      *next++ = LongShiftLeft(SumOfProducts(vectors[i], vectors[j]), 2);
+      *next++ = LongShiftLeft(Sums::Of(vectors[i], vectors[j]), 2);
     }
   }
   return products;
 }
 
-Long ScoreOf(const PitchGainRow& products, const PitchGainRow& row) noexcept {
+Products ProductsOf(const Vectors& vectors, const Padded& target) noexcept {
+  return SumsStayBelowLimit(vectors, target) ? ProductsBy<PlainSums>(vectors, target)
+                                             : ProductsBy<SaturatingSums>(vectors, target);
+}
+
+Long ScoreSaturating(const NormalizedProducts& products, const PitchGainRow& row) noexcept {
   Long score = 0;
   for (std::size_t i = 0; i < kProducts; ++i) {
     score = LongAdd(score, LongMultiply(products[i], row[i]) >> 1);
   }
   return score;
+}
+
+// The few rows whose score may saturate, as their magnitudes have a sum of 2^16 or more.
+template <std::size_t kRows>
+consteval std::array<bool, kRows> LoudRows(const std::array<PitchGainRow, kRows>& rows) {
+  std::array<bool, kRows> areLoud = {};
+  for (std::size_t i = 0; i < kRows; ++i) {
+    areLoud[i] = SumOfMagnitudes(rows[i].data(), rows[i].size()) >= 1 << 16;
+  }
+  return areLoud;
+}
+constexpr auto kLoudShortLagRows = LoudRows(kShortLagGains);
+constexpr auto kLoudRows = LoudRows(kPitchGains);
+
+struct Choice {
+  int lag;
+  unsigned row = 0;
+  Long score = 0;
+};
+
+void TryRows(int lag, bool hasShortLagGains, unsigned count, const NormalizedProducts& products,
+             Choice& best) noexcept {
+  const PitchGainRow* const rows = hasShortLagGains ? kShortLagGains.data() : kPitchGains.data();
+  const bool* const areLoud = hasShortLagGains ? kLoudShortLagRows.data() : kLoudRows.data();
+  for (unsigned row = 0; row < count; ++row) {
+    const Long score = areLoud[row]
+                           ? ScoreSaturating(products, rows[row])
+                           : CorrelateUndoubled(products.data(), rows[row].data(), kProducts);
+    if (score > best.score) best = {lag, row, score};
+  }
 }
 
 }  // namespace
@@ -98,32 +168,28 @@ CodedPitch SearchPitch(FrameType type, std::size_t subframe, int halfLag, bool i
   const int mostLag = lags.least + static_cast<int>(lags.count) - 1;
   const Taming::Rows allowed = taming.Allowed(lags.least, mostLag, isSine);
 
+  Padded paddedTarget = {};
+  std::ranges::copy(target, paddedTarget.begin());
   std::array<Products, kMostLags> products;
   Long peak = 0;
   for (std::size_t i = 0; i < lags.count; ++i) {
     const int lag = lags.least + static_cast<int>(i);
-    products[i] = ProductsOf(VectorsOf(SamplesOfLag(lag, excitation), response), target);
+    products[i] = ProductsOf(VectorsOf(SamplesOfLag(lag, excitation), response), paddedTarget);
     for (const Long product : products[i]) peak = std::max(peak, LongAbsolute(product));
   }
   const int norm = LongNorm(peak);
 
-  CodedPitch best = {middle, 0};
-  Long most = 0;
+  Choice best = {.lag = middle};
   for (std::size_t i = 0; i < lags.count; ++i) {
     const int lag = lags.least + static_cast<int>(i);
-    PitchGainRow normalized;
+    NormalizedProducts normalized;
     std::ranges::transform(products[i], normalized.begin(),
                            [norm](Long product) { return Round(LongShiftLeft(product, norm)); });
     const bool hasShortLagGains = HasShortLagGains(type, choosesHalfLag ? lag : halfLag);
-    const unsigned rows = hasShortLagGains ? allowed.shortLag : allowed.others;
-    for (unsigned row = 0; row < rows; ++row) {
-      const Long score = ScoreOf(normalized, PitchGains(hasShortLagGains, row));
-      if (score <= most) continue;
-      most = score;
-      best = {lag, row};
-    }
+    TryRows(lag, hasShortLagGains, hasShortLagGains ? allowed.shortLag : allowed.others, normalized,
+            best);
   }
-  return best;
+  return {best.lag, best.row};
 }
 
 }  // namespace Quorvex::g723_1

@@ -3,9 +3,13 @@
 // before still makes.
 #include "codecs/engines/g723_1/subframe_encoder.h"
 
+#include <algorithm>
+
 #include "codecs/engines/g723_1/closed_loop_pitch.h"
+#include "codecs/engines/g723_1/convolution.h"
 #include "codecs/engines/g723_1/excitation.h"
 #include "codecs/engines/g723_1/multipulse_search.h"
+#include "codecs/engines/sums_of_products.h"
 
 namespace Quorvex::g723_1 {
 
@@ -13,13 +17,27 @@ using namespace fixed_point;
 
 namespace {
 
-// Takes from the target what the pitch makes of it.
-void RemovePitch(const Subframe& vector, const Subframe& response, Subframe& target) noexcept {
+void RemoveSaturating(const Subframe& vector, const Subframe& response, Subframe& target) noexcept {
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
     Long sum = Deposit(target[n]) >> 1;
     for (std::size_t j = 0; j <= n; ++j) sum = MultiplySubtract(sum, vector[j], response[n - j]);
     target[n] = Round(LongShiftLeft(sum, 1));
   }
+}
+
+// Takes from the target what the pitch makes of it.
+void RemovePitch(const Subframe& vector, const Subframe& response, Subframe& target) noexcept {
+  // The target takes 2^29 of the 2^30 that undoubled sums have, and rounding a little of the rest.
+  constexpr Long kLimit = kSumLimit / 2 - 0x2000;
+  if (!ProductsStayBelow(kLimit, vector.data(), response) ||
+      Peak(vector.data(), vector.size()) > kMostWord) {
+    RemoveSaturating(vector, response, target);
+    return;
+  }
+  Subframe negative;
+  std::ranges::transform(vector, negative.begin(), Negate);
+  const Subframe filtered = Convolve(negative.data(), response, 14);
+  std::ranges::transform(target, filtered, target.begin(), Add);
 }
 
 }  // namespace

@@ -6,6 +6,9 @@
 #include "codecs/engines/g723_1/weighted_synthesis.h"
 
 #include <algorithm>
+#include <cstddef>
+
+#include "codecs/engines/sums_of_products.h"
 
 namespace Quorvex::g723_1 {
 
@@ -13,44 +16,104 @@ using namespace fixed_point;
 
 namespace {
 
-using Excitation = std::array<Long, kSubframeSamples>;  // Q13
-
-constexpr Long kPulse = 0x04000000;  // 8192
-
 // Both with what came before the subframe.
 struct Signals {
   std::array<Word, kOrder + kSubframeSamples> synthesized = {};
   std::array<Word, kExcitationHistory + kSubframeSamples> weighted = {};
+
+  Word* Synthesized() noexcept { return synthesized.data() + kOrder; }
+  Word* Weighted() noexcept { return weighted.data() + kExcitationHistory; }
 };
 
-// @param rise  by how many bits the weighted samples are larger than the synthesized ones.
-void Run(const SubframeFilters& filters, const Excitation& excitation, int rise,
-         Signals& signals) noexcept {
-  Word* const synthesized = signals.synthesized.data() + kOrder;
-  Word* const weighted = signals.weighted.data() + kExcitationHistory;
+void RunSaturating(const SubframeFilters& filters, const Subframe& excitation, int rise,
+                   Signals& signals) noexcept {
+  Word* const synthesized = signals.Synthesized();
+  Word* const weighted = signals.Weighted();
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    Long sum = excitation[n];
-    for (std::size_t j = 0; j < kOrder; ++j) {
-      sum = MultiplyAdd(sum, filters.synthesis[j], *(synthesized + n - 1 - j));
+    Long sum = Deposit(excitation[n]) >> 3;
+    for (std::size_t i = 0; i < kOrder; ++i) {
+      sum = MultiplyAdd(sum, filters.synthesis[i], *(synthesized + n - 1 - i));
     }
     synthesized[n] = Round(LongShiftLeft(sum, 2));
-    for (std::size_t j = 0; j < kOrder; ++j) {
-      sum = MultiplySubtract(sum, filters.weighting.zeros[j], *(synthesized + n - 1 - j));
+    for (std::size_t i = 0; i < kOrder; ++i) {
+      sum = MultiplySubtract(sum, filters.weighting.zeros[i], *(synthesized + n - 1 - i));
     }
     sum = LongShiftLeft(sum, rise);
-    for (std::size_t j = 0; j < kOrder; ++j) {
-      sum = MultiplyAdd(sum, filters.weighting.poles[j], *(weighted + n - 1 - j));
+    for (std::size_t i = 0; i < kOrder; ++i) {
+      sum = MultiplyAdd(sum, filters.weighting.poles[i], *(weighted + n - 1 - i));
     }
     weighted[n] = Round(LongShiftLeft(sum, 2));
+  }
+}
+
+// Undoubled sums, Q13.
+using Sums = std::array<Long, kSubframeSamples>;
+
+constexpr int kOneShift = 13;
+constexpr Long kHalf = 1 << (kOneShift - 1);
+
+// What the first and the last filter do: sums become samples, and what is predicted of these is put
+// into the sums.
+// @return false, and all is worthless, if a sample is above most.
+bool Recur(const Filter& filter, Long most, Sums& sums, Word* samples) noexcept {
+  Long last = *(samples - 1);
+  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+    Long sum = sums[n];
+    for (std::size_t i = kOrder; i > 1; --i) sum += filter[i - 1] * *(samples + n - i);
+    sum += filter[0] * last;
+    last = (sum + kHalf) >> kOneShift;
+    if (last > most || last < -most) return false;
+    sums[n] = sum;
+    samples[n] = static_cast<Word>(last);
+  }
+  return true;
+}
+
+// The same without any operation that saturates. @return false if it cannot be done.
+bool RunPlainly(const SubframeFilters& filters, const Subframe& excitation, int rise,
+                Signals& signals) noexcept {
+  Word* const synthesized = signals.Synthesized();
+  Word* const weighted = signals.Weighted();
+  // Sums stay below their limit as long as no synthesized sample is above this, and no weighted one
+  // above this after its rise.
+  const Long weights = SumOfMagnitudes(filters.synthesis.data(), kOrder) +
+                       SumOfMagnitudes(filters.weighting.zeros.data(), kOrder) +
+                       SumOfMagnitudes(filters.weighting.poles.data(), kOrder);
+  const Long rest = (kSumLimit >> rise) - Peak(excitation.data(), kSubframeSamples) * kHalf;
+  const Long most = std::min<Long>(rest / (weights + 1), kMostWord >> rise);
+  const Long mostWeighted = most << rise;
+  if (Peak(synthesized - kOrder, kOrder) > most) return false;
+  if (Peak(weighted - kOrder, kOrder) > mostWeighted) return false;
+
+  Sums sums;
+  std::ranges::transform(excitation, sums.begin(), [](Word sample) { return sample * kHalf; });
+  if (!Recur(filters.synthesis, most, sums, synthesized)) return false;
+  for (std::size_t i = 0; i < kOrder; ++i) {
+    for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+      sums[n] -= filters.weighting.zeros[i] * *(synthesized + n - 1 - i);
+    }
+  }
+  for (Long& sum : sums) sum *= 1 << rise;
+  return Recur(filters.weighting.poles, mostWeighted, sums, weighted);
+}
+
+// The first two filters.
+// @param excitation  at half its level.
+// @param rise        by how many bits the weighted samples are larger than the synthesized ones.
+void Run(const SubframeFilters& filters, const Subframe& excitation, int rise,
+         Signals& signals) noexcept {
+  if (!RunPlainly(filters, excitation, rise, signals)) {
+    RunSaturating(filters, excitation, rise, signals);
   }
 }
 
 }  // namespace
 
 Subframe ResponseOf(const SubframeFilters& filters) noexcept {
+  constexpr Subframe kPulse = {8192};
   Signals signals;
-  Run(filters, {kPulse}, 1, signals);
-  return ShapeHarmonics(filters.harmonics, signals.weighted.data() + kExcitationHistory);
+  Run(filters, kPulse, 1, signals);
+  return ShapeHarmonics(filters.harmonics, signals.Weighted());
 }
 
 void WeightedSynthesis::RemoveRinging(const SubframeFilters& filters,
@@ -59,7 +122,7 @@ void WeightedSynthesis::RemoveRinging(const SubframeFilters& filters,
   std::ranges::copy(synthesized_, signals.synthesized.begin());
   std::ranges::copy(weighted_, signals.weighted.begin());
   Run(filters, {}, 0, signals);
-  const Word* const ringing = signals.weighted.data() + kExcitationHistory;
+  const Word* const ringing = signals.Weighted();
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
     const Word before = *(ringing + n - filters.harmonics.lag);
     target[n] = Round(
@@ -71,10 +134,9 @@ void WeightedSynthesis::Update(const SubframeFilters& filters, const Word* excit
   Signals signals;
   std::ranges::copy(synthesized_, signals.synthesized.begin());
   std::ranges::copy(weighted_, signals.weighted.begin());
-  Excitation scaled;
-  std::transform(excitation, excitation + kSubframeSamples, scaled.begin(),
-                 [](Word sample) { return Deposit(sample) >> 3; });
-  Run(filters, scaled, 0, signals);
+  Subframe own;
+  std::copy_n(excitation, kSubframeSamples, own.begin());
+  Run(filters, own, 0, signals);
   std::copy_n(signals.synthesized.end() - kOrder, kOrder, synthesized_.begin());
   std::copy_n(signals.weighted.end() - kExcitationHistory, kExcitationHistory, weighted_.begin());
 }

@@ -16,7 +16,9 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <numeric>
 
+#include "codecs/engines/backward_filter.h"
 #include "codecs/engines/g723_1/excitation.h"
 #include "codecs/engines/g723_1/fixed_codebook_tables.h"
 #include "codecs/engines/sums_of_products.h"
@@ -30,20 +32,132 @@ namespace {
 constexpr std::size_t kTracks = 4;
 constexpr std::size_t kPlaces = 8;
 constexpr std::size_t kGrids = 2;
-constexpr std::size_t kPositions = kTracks * kPlaces * kGrids;
+constexpr std::size_t kPairs = kSubframeSamples / kGrids;  // of an even and an odd sample
+
+constexpr std::size_t kLast = kTracks - 1;
 
 constexpr std::size_t PositionOf(std::size_t track, std::size_t place, std::size_t grid) noexcept {
-  return kTracks * kGrids * place + kGrids * track + grid;
+  return kGrids * (kTracks * place + track) + grid;
 }
 
-using ByPosition = std::array<Word, kPositions>;
+// A pair in the order of the tables below: track by track.
+constexpr std::size_t RankOf(std::size_t track, std::size_t place) noexcept {
+  return track * kPlaces + place;
+}
+constexpr auto kRanks = [] {
+  std::array<std::size_t, kPairs> ranks = {};
+  for (std::size_t i = 0; i < kPairs; ++i) ranks[i] = RankOf(i % kTracks, i / kTracks);
+  return ranks;
+}();
 
-// What the search knows of each place. Beyond the subframe all are 0.
+using ByRank = std::array<Word, kTracks * kPlaces>;
+
+// What the search knows of each pair. Beyond the subframe all are 0.
 struct Pulses {
-  ByPosition gains = {};                           ///< -2^13 to 2^13, with the sign
-  std::array<bool, kPositions> areNegative = {};   ///< signs
-  std::array<ByPosition, kPositions> common = {};  ///< energies, and of two places
+  std::array<ByRank, kGrids> gains = {};             ///< -2^13 to 2^13, with the sign
+  ByRank energies = {};                              ///< not below 0
+  std::array<ByRank, kTracks* kPlaces> common = {};  ///< of a pair and one of a later track
 };
+
+// The pairs that have the negative sign, -1, and those that have not, 0.
+using Signs = std::array<Word, kPairs>;
+
+Signs SignsOf(const Subframe& backward) noexcept {
+  Signs signs;
+  for (std::size_t i = 0; i < kPairs; ++i) {
+    signs[i] = backward[kGrids * i] + backward[kGrids * i + 1] < 0 ? -1 : 0;
+  }
+  return signs;
+}
+
+// Half the response, sharpened as the pulses will be.
+Subframe Sharpened(int lag, unsigned pitchRow, const Subframe& response) noexcept {
+  Subframe sharpened;
+  std::ranges::transform(response, sharpened.begin(),
+                         [](Word sample) { return static_cast<Word>(sample >> 1); });
+  Sharpen(lag, pitchRow, sharpened);
+  return sharpened;
+}
+
+// A chain of MultiplyAdd of the response with itself.
+Long EnergyOf(const Subframe& response) noexcept {
+  return SaturateLong(ExactEnergy(response.data(), response.size()));
+}
+
+void SetGains(const Subframe& backward, const Signs& signs, Pulses& pulses) noexcept {
+  for (std::size_t grid = 0; grid < kGrids; ++grid) {
+    for (std::size_t i = 0; i < kPairs; ++i) {
+      const Word gain = backward[kGrids * i + grid];
+      pulses.gains[grid][kRanks[i]] = signs[i] < 0 ? Negate(gain) : gain;
+    }
+  }
+}
+
+// The samples of a grid.
+using Half = std::array<Word, kPairs>;
+
+Half HalfOf(const Subframe& response, std::size_t grid) noexcept {
+  Half half;
+  for (std::size_t i = 0; i < kPairs; ++i) half[i] = response[kGrids * i + grid];
+  return half;
+}
+
+// @param common  of the pair and those before it; of the last, with itself.
+void SetCommon(std::size_t later, const Half& common, Pulses& pulses) noexcept {
+  const std::size_t rank = kRanks[later];
+  pulses.energies[rank] = common[later];
+  for (std::size_t i = 0; i < later; ++i) {
+    const auto [first, second] = std::minmax(kRanks[i], rank);
+    pulses.common[first][second] = common[i];
+  }
+}
+
+// Two responses have the more in common the earlier they begin, at the same distance: a sum for
+// each distance goes from the end to the beginning. `Step` adds a product to it.
+template <class Step>
+void SetEnergies(const Subframe& response, const Signs& signs, const Step& step,
+                 Pulses& pulses) noexcept {
+  const Half even = HalfOf(response, 0);
+  const Half odd = HalfOf(response, 1);
+  Half evenBackwards;
+  Half oddBackwards;
+  std::ranges::reverse_copy(even, evenBackwards.begin());
+  std::ranges::reverse_copy(odd, oddBackwards.begin());
+  std::array<Long, kPairs> sums = {};  // the greatest distance first
+  for (std::size_t k = 0; k < kPairs; ++k) {
+    const std::size_t later = kPairs - 1 - k;
+    Half common;
+    for (std::size_t i = 0; i <= later; ++i) {
+      Long& sum = sums[i + k];
+      sum = step(step(sum, even[k], evenBackwards[i]), odd[k], oddBackwards[i]);
+      common[i] = signs[i] == signs[later] ? High(sum) : Negate(High(sum));
+    }
+    SetCommon(later, common, pulses);
+  }
+}
+
+void SetEnergies(const Subframe& response, const Signs& signs, Pulses& pulses) noexcept {
+  // No sum is greater than the energy.
+  if (ExactEnergy(response.data(), response.size()) > kMostLong) {
+    SetEnergies(response, signs, MultiplyAdd, pulses);
+  } else {
+    SetEnergies(
+        response, signs, [](Long sum, Word a, Word b) { return sum + 2 * a * b; }, pulses);
+  }
+}
+
+// Half between the mean of the gains and the most that three pulses gain.
+Word Limit(const ByRank& gains) noexcept {
+  Word most = 0;
+  Long sum = 0;
+  for (std::size_t track = 0; track < kLast; ++track) {
+    const Word* const begin = &gains[RankOf(track, 0)];
+    most = Add(most, *std::max_element(begin, begin + kPlaces));
+    sum = std::accumulate(begin, begin + kPlaces, sum);
+  }
+  const auto mean = static_cast<Word>(sum >> 3);
+  return Add(mean, Multiply(Subtract(most, mean), 16384));
+}
 
 struct Choice {
   std::size_t grid = 0;
@@ -52,130 +166,82 @@ struct Choice {
   Word energy = kMostWord;
 };
 
-// Half the response, sharpened as the pulses will be.
-Subframe Sharpened(int lag, unsigned pitchRow, const Subframe& response) noexcept {
-  Subframe sharpened;
-  std::ranges::transform(response, sharpened.begin(),
-                         [](Word sample) { return ShiftRight(sample, 1); });
-  Sharpen(lag, pitchRow, sharpened);
-  return sharpened;
-}
-
-void SetGains(const Subframe& target, const Subframe& response, Pulses& pulses) noexcept {
-  std::array<Long, kSubframeSamples> sums;
-  Long peak = 0;
-  for (std::size_t i = 0; i < kSubframeSamples; ++i) {
-    sums[i] = Correlate(&target[i], response.data(), kSubframeSamples - i);
-    peak = std::max(peak, LongAbsolute(sums[i]));
-  }
-  const int shift = 18 - std::min(16, LongNorm(peak));
-  std::ranges::transform(sums, pulses.gains.begin(),
-                         [shift](Long sum) { return Low(LongShiftRight(sum, shift)); });
-}
-
-void SetSigns(Pulses& pulses) noexcept {
-  for (std::size_t i = 0; i < kPositions; i += kGrids) {
-    const bool isNegative = pulses.gains[i] + pulses.gains[i + 1] < 0;
-    for (std::size_t j = i; j < i + kGrids; ++j) {
-      pulses.areNegative[j] = isNegative;
-      if (isNegative) pulses.gains[j] = Negate(pulses.gains[j]);
+// Goes through the places. The energy of all four pulses, where those of a pair in common count
+// twice, is 16 of a unit: at most 4 + 12 words, so that no sum here leaves its type.
+class Search {
+ public:
+  Search(const Pulses& pulses, int tries) noexcept
+      : pulses_(pulses),
+        limit_(std::max(Limit(pulses.gains[0]), Limit(pulses.gains[1]))),
+        triesLeft_(tries) {
+    for (std::size_t i = 0; i < kPlaces; ++i) {
+      for (std::size_t j = 0; j < kPlaces && triesLeft_ > 0; ++j) SearchAfter(i, j);
     }
   }
-}
 
-// The response at such a level that its energy has 31 bits at most.
-Subframe Level(const Subframe& response) noexcept {
-  constexpr int kMostEnergy = 32000;
-  const Long energy = Correlate(response.data(), response.data(), response.size());
-  const int shift = High(energy) > kMostEnergy ? -1 : LongNorm(energy) / 2;
-  Subframe level;
-  std::ranges::transform(response, level.begin(),
-                         [shift](Word sample) { return ShiftLeft(sample, shift); });
-  return level;
-}
+  int TriesLeft() const noexcept { return triesLeft_; }
+  const Choice& Best() const noexcept { return best_; }
 
-// Two responses have the more in common the earlier they begin, at the same distance.
-void SetEnergies(const Subframe& response, Pulses& pulses) noexcept {
-  for (std::size_t distance = 0; distance < kSubframeSamples; distance += kGrids) {
-    Long sum = 0;
-    for (std::size_t i = 0; i + distance < kSubframeSamples; ++i) {
-      sum = MultiplyAdd(sum, response[i], response[i + distance]);
-      const std::size_t later = kSubframeSamples - 1 - i;
-      const std::size_t earlier = later - distance;
-      const bool differ = pulses.areNegative[later] != pulses.areNegative[earlier];
-      const Word common = differ ? Negate(High(sum)) : High(sum);
-      pulses.common[later][earlier] = common;
-      pulses.common[earlier][later] = common;
+ private:
+  using Energies = std::array<Long, kPlaces>;
+
+  // The third track.
+  void SearchAfter(std::size_t i, std::size_t j) noexcept {
+    const std::size_t first = RankOf(0, i);
+    const std::size_t second = RankOf(1, j);
+    const ByRank& withFirst = pulses_.common[first];
+    const ByRank& withSecond = pulses_.common[second];
+    const Long energy = pulses_.energies[first] + pulses_.energies[second] + 2 * withFirst[second];
+    // What pulses on the later tracks add by themselves and by the first two.
+    std::array<Long, 2 * kPlaces> added;
+    for (std::size_t n = 0; n < added.size(); ++n) {
+      const std::size_t rank = RankOf(2, 0) + n;
+      added[n] = pulses_.energies[rank] + 2 * (withFirst[rank] + withSecond[rank]);
     }
-  }
-}
-
-// Half between the mean and the most that three pulses gain.
-Word Limit(std::size_t grid, const Pulses& pulses) noexcept {
-  Word most = 0;
-  Long sum = 0;
-  for (std::size_t track = 0; track + 1 < kTracks; ++track) {
-    Word peak = kLeastWord;
-    for (std::size_t place = 0; place < kPlaces; ++place) {
-      const Word gain = pulses.gains[PositionOf(track, place, grid)];
-      peak = std::max(peak, gain);
-      sum += gain;
-    }
-    most = Add(most, peak);
-  }
-  const auto mean = static_cast<Word>(sum >> 3);
-  return Add(mean, Multiply(Subtract(most, mean), 16384));
-}
-
-// Searches the last track. @param places  of the other three.
-void SearchLast(std::size_t grid, const std::array<std::size_t, kTracks - 1>& places,
-                const Pulses& pulses, Choice& best) noexcept {
-  std::array<std::size_t, kTracks> positions;
-  for (std::size_t k = 0; k < places.size(); ++k) positions[k] = PositionOf(k, places[k], 0);
-  for (std::size_t place = 0; place < kPlaces; ++place) {
-    positions[3] = PositionOf(3, place, 0);
-    Word gain = 0;
-    Long energy = 0;
-    for (std::size_t k = 0; k < kTracks; ++k) {
-      gain = Add(gain, pulses.gains[positions[k] + grid]);
-      energy = MultiplyAdd(energy, pulses.common[positions[k]][positions[k]], 1);
-      for (std::size_t j = 0; j < k; ++j) {
-        energy = MultiplyAdd(energy, pulses.common[positions[k]][positions[j]], 2);
+    for (std::size_t k = 0; k < kPlaces && triesLeft_ > 0; ++k) {
+      const std::size_t third = RankOf(2, k);
+      const auto gainOf = [&](const ByRank& gains) {
+        return gains[first] + gains[second] + gains[third];
+      };
+      const int even = gainOf(pulses_.gains[0]);
+      const int odd = gainOf(pulses_.gains[1]);
+      const int gain = std::max(even, odd);
+      if (gain <= limit_) continue;
+      --triesLeft_;
+      const std::size_t grid = odd > even ? 1 : 0;
+      Energies energies;
+      for (std::size_t n = 0; n < kPlaces; ++n) {
+        energies[n] =
+            energy + added[k] + added[kPlaces + n] + 2 * pulses_.common[third][RankOf(kLast, n)];
       }
+      SearchLast({.grid = grid, .places = {i, j, k}}, gain, energies);
     }
-    const Word square = Multiply(gain, gain);
-    const Word cost = Low(energy >> 5);
-    if (LongMultiply(square, best.energy) <= LongMultiply(best.square, cost)) continue;
-    best = {grid, {places[0], places[1], places[2], place}, square, cost};
   }
-}
 
-Choice Search(const Pulses& pulses, SearchBudget& budget) noexcept {
-  const Word limit = std::max(Limit(0, pulses), Limit(1, pulses));
-  const int tries = budget.ForSubframe();
-  int tried = 0;
-  Choice best;
-  std::array<std::size_t, kTracks - 1> places;
-  auto& [i, j, k] = places;
-  for (i = 0; i < kPlaces && tried < tries; ++i) {
-    for (j = 0; j < kPlaces && tried < tries; ++j) {
-      for (k = 0; k < kPlaces && tried < tries; ++k) {
-        std::array<Word, kGrids> gains;
-        for (std::size_t grid = 0; grid < kGrids; ++grid) {
-          gains[grid] =
-              Add(Add(pulses.gains[PositionOf(0, i, grid)], pulses.gains[PositionOf(1, j, grid)]),
-                  pulses.gains[PositionOf(2, k, grid)]);
-        }
-        const std::size_t grid = gains[1] > gains[0] ? 1 : 0;
-        if (gains[grid] <= limit) continue;
-        SearchLast(grid, places, pulses, best);
-        ++tried;
-      }
+  // The last track. @param gain  of the pulses before. @param energies  with the last.
+  void SearchLast(Choice choice, int gain, const Energies& energies) noexcept {
+    const Word* const gains = &pulses_.gains[choice.grid][RankOf(kLast, 0)];
+    std::array<Word, kPlaces> squares;
+    std::array<Word, kPlaces> costs;
+    for (std::size_t n = 0; n < kPlaces; ++n) {
+      const int sum = std::min<int>(gain + gains[n], kMostWord);
+      squares[n] = static_cast<Word>(sum * sum >> 15);
+      costs[n] = static_cast<Word>(energies[n] >> 4);
+    }
+    for (std::size_t n = 0; n < kPlaces; ++n) {
+      if (squares[n] * best_.energy <= best_.square * costs[n]) continue;
+      choice.places[kLast] = n;
+      choice.square = squares[n];
+      choice.energy = costs[n];
+      best_ = choice;
     }
   }
-  budget.Spend(tried);
-  return best;
-}
+
+  const Pulses& pulses_;
+  int limit_;
+  int triesLeft_;
+  Choice best_;
+};
 
 // The pulses through the response.
 void AddResponse(const Subframe& response, std::size_t position, bool isNegative,
@@ -212,11 +278,15 @@ unsigned GainFor(const Subframe& target, Subframe filtered) noexcept {
 void SearchAlgebraic(int lag, const Subframe& target, const Subframe& response,
                      SearchBudget& budget, SubframeIndices& indices) noexcept {
   const Subframe sharpened = Sharpened(lag, indices.pitchRow, response);
+  const Subframe backward = FilterBackward(target, sharpened);
+  const Signs signs = SignsOf(backward);
   Pulses pulses;
-  SetGains(target, sharpened, pulses);
-  SetSigns(pulses);
-  SetEnergies(Level(sharpened), pulses);
-  const Choice choice = Search(pulses, budget);
+  SetGains(backward, signs, pulses);
+  SetEnergies(Level(sharpened, EnergyOf(sharpened)), signs, pulses);
+  const int tries = budget.ForSubframe();
+  const Search search(pulses, tries);
+  budget.Spend(tries - search.TriesLeft());
+  const Choice& choice = search.Best();
 
   indices.grid = static_cast<unsigned>(choice.grid);
   indices.positions = 0;
@@ -226,8 +296,9 @@ void SearchAlgebraic(int lag, const Subframe& target, const Subframe& response,
   for (std::size_t k = 0; k < kTracks; ++k) {
     const std::size_t position = PositionOf(k, choice.places[k], choice.grid);
     indices.positions |= static_cast<unsigned>(choice.places[k] << 3 * k);
-    if (!pulses.areNegative[position]) indices.signs |= 1U << k;
-    AddResponse(sharpened, position, pulses.areNegative[position], filtered);
+    const bool isNegative = position < kSubframeSamples && signs[position / kGrids] < 0;
+    if (!isNegative) indices.signs |= 1U << k;
+    AddResponse(sharpened, position, isNegative, filtered);
   }
   indices.codeGain = GainFor(target, filtered);
 }

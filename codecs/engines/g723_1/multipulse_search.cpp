@@ -13,6 +13,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "codecs/engines/backward_filter.h"
 #include "codecs/engines/g723_1/excitation.h"
 #include "codecs/engines/g723_1/fixed_codebook_tables.h"
 #include "codecs/engines/sums_of_products.h"
@@ -46,21 +47,6 @@ struct Choice {
   Pulses pulses;
 };
 
-// Samples with zeros behind, so that sums of a whole number of steps can be made from any on.
-constexpr std::size_t kStep = 8;
-using Padded = std::array<Word, kSubframeSamples + kStep>;
-
-Padded Pad(const Subframe& samples) noexcept {
-  Padded padded = {};
-  std::ranges::copy(samples, padded.begin());
-  return padded;
-}
-
-// From a sample on to the end of the subframe, and at most to that of the zeros.
-constexpr std::size_t CountFrom(std::size_t begin) noexcept {
-  return (kSubframeSamples - begin + kStep - 1) / kStep * kStep;
-}
-
 struct Target {
   Subframe samples;
   std::int64_t energy;  ///< undoubled
@@ -79,31 +65,15 @@ struct Response {
 
 // What two halved responses have in common, by their distance on a grid.
 std::array<Long, kPlaces> Correlations(const Subframe& halved) noexcept {
-  const Padded padded = Pad(halved);
+  const Padded<kSubframeSamples> samples(halved);
   // No sum is greater than the energy.
-  const bool isSmall = ExactEnergy(halved.data(), halved.size()) <= kMostLong;
+  const bool saturates = ExactEnergy(halved.data(), halved.size()) > kMostLong;
   std::array<Long, kPlaces> sums;
   for (std::size_t i = 0; i < kPlaces; ++i) {
     const std::size_t distance = kGrids * i;
-    const std::size_t count = CountFrom(distance);
-    sums[i] = isSmall ? 2 * CorrelateUndoubled(&padded[distance], padded.data(), count)
-                      : Correlate(&padded[distance], padded.data(), count);
-  }
-  return sums;
-}
-
-// For each sample, what a response that begins there has in common with the target.
-std::array<Long, kSubframeSamples> BackwardSums(const Subframe& target,
-                                                const Subframe& response) noexcept {
-  const Padded padded = Pad(target);
-  const Padded paddedResponse = Pad(response);
-  const std::int64_t weights = SumOfMagnitudes(response.data(), kSubframeSamples);
-  const bool isSmall = weights * Peak(target.data(), kSubframeSamples) < kSumLimit;
-  std::array<Long, kSubframeSamples> sums;
-  for (std::size_t i = 0; i < kSubframeSamples; ++i) {
-    const std::size_t count = CountFrom(i);
-    sums[i] = isSmall ? 2 * CorrelateUndoubled(&padded[i], paddedResponse.data(), count)
-                      : Correlate(&padded[i], paddedResponse.data(), count);
+    const std::size_t count = samples.CountFrom(distance);
+    sums[i] = saturates ? Correlate(samples.From(distance), samples.From(0), count)
+                        : 2 * CorrelateUndoubled(samples.From(distance), samples.From(0), count);
   }
   return sums;
 }

@@ -70,7 +70,7 @@ class EngineRun {
         break;
       case 3:
       case 4:
-        if (encoders_[0] && false) CodeAndDecode();
+        if (encoders_[0]) CodeAndDecode();
         break;
       default:
         DecodeWhole();

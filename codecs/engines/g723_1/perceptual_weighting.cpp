@@ -99,7 +99,7 @@ void Weight(const WeightingFilter& filter, const Word* samples, Word* weighted) 
 
 HarmonicFilter HarmonicsOf(const Word* samples, int halfLag) noexcept {
   // The samples have magnitudes up to 4096: 60 products, doubled, take 31 bits at most.
-  const auto product = [samples](const Word* a, const Word* b) {
+  const auto product = [](const Word* a, const Word* b) {
     return 2 * CorrelateUndoubled(a, b, kSubframeSamples);
   };
   const Long targetEnergy = product(samples, samples);

@@ -54,26 +54,57 @@ Halves PolynomialsOf(const Filter& filter) noexcept {
 
 constexpr std::size_t kPlaces = 256;  // where the polynomials are looked at, from 0 up to 4 kHz
 
-// Of a place: the cosines of its multiples.
-using Cosines = std::array<Word, kHalfOrder + 1>;
-consteval std::array<Cosines, kPlaces> CosinesOfPlaces() {
-  std::array<Cosines, kPlaces> cosines = {};
-  for (std::size_t place = 0; place < kPlaces; ++place) {
-    for (std::size_t j = 0; j <= kHalfOrder; ++j) {
-      cosines[place][j] = kCosines[place * j % kCosines.size()];
+// By the multiple of the frequency, so that places can be looked at side by side.
+using Cosines = std::array<std::array<Word, kPlaces>, kHalfOrder + 1>;
+consteval Cosines CosinesOfPlaces() {
+  Cosines cosines = {};
+  for (std::size_t j = 0; j <= kHalfOrder; ++j) {
+    for (std::size_t place = 0; place < kPlaces; ++place) {
+      cosines[j][place] = kCosines[place * j % kCosines.size()];
     }
   }
   return cosines;
 }
-constexpr std::array<Cosines, kPlaces> kCosinesOfPlaces = CosinesOfPlaces();
+constexpr Cosines kCosinesOfPlaces = CosinesOfPlaces();
 
-// The sums saturate in many frames. A doubled product does not, as the cosines are Q14.
-Long ValueAt(const Half& half, std::size_t place) noexcept {
-  const Cosines& cosines = kCosinesOfPlaces[place];
-  Long sum = 0;
-  for (std::size_t j = 0; j <= kHalfOrder; ++j) sum = LongAdd(sum, 2 * half[j] * cosines[j]);
-  return sum;
-}
+// A polynomial on the circle. Its sums saturate in many frames, so all places are looked at in 16
+// bits first, which is enough to tell nearly every sign.
+class Polynomial {
+ public:
+  explicit Polynomial(const Half& half) noexcept : half_(half) {
+    for (std::size_t place = 0; place < kPlaces; ++place) {
+      Word sum = 0;
+      for (std::size_t j = 0; j <= kHalfOrder; ++j) {
+        const auto product = static_cast<Word>((half[j] * kCosinesOfPlaces[j][place]) >> 16);
+        const auto next = static_cast<Word>(sum + product);
+        sum = std::clamp<Word>(next, -kRoughLimit, kRoughLimit);
+      }
+      rough_[place] = sum;
+    }
+  }
+
+  // A doubled product does not saturate, as the cosines are Q14.
+  Long ValueAt(std::size_t place) const noexcept {
+    Long sum = 0;
+    for (std::size_t j = 0; j <= kHalfOrder; ++j) {
+      sum = LongAdd(sum, 2 * half_[j] * kCosinesOfPlaces[j][place]);
+    }
+    return sum;
+  }
+
+  bool IsNegativeAt(std::size_t place) const noexcept {
+    if (rough_[place] > kRoughError) return false;
+    if (rough_[place] < -kRoughError) return true;
+    return ValueAt(place) < 0;
+  }
+
+ private:
+  static constexpr Word kRoughLimit = 0x4000;  // where values saturate: 2^31 / 2^17
+  static constexpr Word kRoughError = 6;       // six products, each less than 1 too low
+
+  const Half& half_;
+  std::array<Word, kPlaces> rough_;  // values / 2^17
+};
 
 // Where between two points, 128ths, the line through them crosses 0.
 Word CrossingOf(Long before, Long now) noexcept {
@@ -197,19 +228,17 @@ unsigned BestRow(const Scores& scores) noexcept {
 
 LineSpectrum SpectrumOf(const Filter& filter, const LineSpectrum& last) noexcept {
   const Halves halves = PolynomialsOf(filter);
+  const std::array<Polynomial, 2> polynomials = {Polynomial(halves[0]), Polynomial(halves[1])};
   LineSpectrum spectrum;
   std::size_t found = 0;
-  Long before = ValueAt(halves[0], 0);
+  bool wasNegative = polynomials[0].IsNegativeAt(0);
   for (std::size_t place = 1; place < kPlaces; ++place) {
-    const Long now = ValueAt(halves[found % 2], place);
-    if ((before ^ now) >= 0) {
-      before = now;
-      continue;
-    }
-    const auto low = static_cast<Word>((place - 1) << 7);
-    spectrum[found] = static_cast<Word>(low + CrossingOf(before, now));
+    const Polynomial& polynomial = polynomials[found % 2];
+    if (polynomial.IsNegativeAt(place) == wasNegative) continue;
+    const Word crossing = CrossingOf(polynomial.ValueAt(place - 1), polynomial.ValueAt(place));
+    spectrum[found] = static_cast<Word>(((place - 1) << 7) + static_cast<std::size_t>(crossing));
     if (++found == kOrder) return spectrum;
-    before = ValueAt(halves[found % 2], place);
+    wasNegative = polynomials[found % 2].IsNegativeAt(place);
   }
   return last;
 }

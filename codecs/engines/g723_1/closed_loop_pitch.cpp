@@ -10,6 +10,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 #include "codecs/engines/g723_1/convolution.h"
 #include "codecs/engines/g723_1/excitation.h"
@@ -89,14 +90,18 @@ struct PlainSums {
   static Long Energy(const Padded& a) noexcept { return 2 * Of(a, a); }
 };
 
+bool EnergyIsBelow(std::int64_t limit, const Padded& vector) noexcept {
+  Long sum = 0;  // at most 2^29
+  for (const Word sample : vector) sum += (sample * sample >> 7) + 1;
+  return sum < limit >> 7;
+}
+
+// A sum of the products of two vectors, and each part of it, is at most the geometric mean of their
+// energies. With the target it may have one bit more, as it is not doubled.
 bool SumsStayBelowLimit(const Vectors& vectors, const Padded& target) noexcept {
-  Long most = Peak(target.data(), target.size());
-  Long weights = 0;
-  for (const Padded& vector : vectors) {
-    most = std::max(most, Peak(vector.data(), vector.size()));
-    weights = std::max(weights, SumOfMagnitudes(vector.data(), vector.size()));
-  }
-  return std::int64_t{weights} * most < kSumLimit;
+  return EnergyIsBelow(std::int64_t{4} * kSumLimit, target) &&
+         std::ranges::all_of(vectors,
+                             [](const Padded& vector) { return EnergyIsBelow(kSumLimit, vector); });
 }
 
 template <class Sums>
@@ -126,12 +131,46 @@ Long ScoreSaturating(const NormalizedProducts& products, const PitchGainRow& row
   return score;
 }
 
-// The few rows whose score may saturate, as their magnitudes have a sum of 2^16 or more.
+// The parts of a row, each of which has products of another size.
+struct Part {
+  std::size_t first;
+  std::size_t end;
+};
+constexpr std::array<Part, 3> kParts = {
+    {{0, kPitchTaps}, {kPitchTaps, 2 * kPitchTaps}, {2 * kPitchTaps, kProducts}}};
+
+constexpr Long MagnitudesOf(const PitchGainRow& row, const Part& part) noexcept {
+  return SumOfMagnitudes(row.data() + part.first, part.end - part.first);
+}
+consteval Long MostMagnitudes(const Part& part) {
+  Long most = 0;
+  for (const PitchGainRow& row : kShortLagGains) most = std::max(most, MagnitudesOf(row, part));
+  for (const PitchGainRow& row : kPitchGains) most = std::max(most, MagnitudesOf(row, part));
+  return most;
+}
+constexpr std::array<Long, 3> kMostMagnitudes = {
+    MostMagnitudes(kParts[0]), MostMagnitudes(kParts[1]), MostMagnitudes(kParts[2])};
+
+// Whether the score of some row may.
+bool MaySaturate(const NormalizedProducts& products) noexcept {
+  std::int64_t most = 0;
+  for (std::size_t i = 0; i < kParts.size(); ++i) {
+    Long peak = 0;
+    for (std::size_t j = kParts[i].first; j < kParts[i].end; ++j) {
+      peak = std::max(peak, std::abs(Long{products[j]}));
+    }
+    most += std::int64_t{peak} * kMostMagnitudes[i];
+  }
+  return most > kMostLong;
+}
+
+// The few rows of which that is true at all: 2^15 times their magnitudes is more than a score
+// takes.
 template <std::size_t kRows>
 consteval std::array<bool, kRows> LoudRows(const std::array<PitchGainRow, kRows>& rows) {
   std::array<bool, kRows> areLoud = {};
   for (std::size_t i = 0; i < kRows; ++i) {
-    areLoud[i] = SumOfMagnitudes(rows[i].data(), rows[i].size()) >= 1 << 16;
+    areLoud[i] = MagnitudesOf(rows[i], {0, kProducts}) >= 1 << 16;
   }
   return areLoud;
 }
@@ -148,8 +187,9 @@ void TryRows(int lag, bool hasShortLagGains, unsigned count, const NormalizedPro
              Choice& best) noexcept {
   const PitchGainRow* const rows = hasShortLagGains ? kShortLagGains.data() : kPitchGains.data();
   const bool* const areLoud = hasShortLagGains ? kLoudShortLagRows.data() : kLoudRows.data();
+  const bool maySaturate = MaySaturate(products);
   for (unsigned row = 0; row < count; ++row) {
-    const Long score = areLoud[row]
+    const Long score = maySaturate && areLoud[row]
                            ? ScoreSaturating(products, rows[row])
                            : CorrelateUndoubled(products.data(), rows[row].data(), kProducts);
     if (score > best.score) best = {lag, row, score};

@@ -33,6 +33,17 @@ class Padded {
   std::array<Word, kCount + kVector> samples_ = {};
 };
 
+/// Whether sums of products of two subframes' samples may saturate, in any order.
+template <std::size_t kCount>
+bool MaySaturate(const std::array<Word, kCount>& a, const std::array<Word, kCount>& b) noexcept {
+  const std::int64_t weights = SumOfMagnitudes(b.data(), kCount);
+  if (weights * Peak(a.data(), kCount) < kSumLimit) return false;
+  // Schwarz's inequality, with what is twice the sums of the squares.
+  constexpr std::int64_t kSquare = std::int64_t{4} * kSumLimit * kSumLimit;
+  const std::int64_t energy = ExactEnergy(a.data(), kCount);
+  return energy >= kSquare / (ExactEnergy(b.data(), kCount) + 1);
+}
+
 /// For each sample, what the target has in common with a response that begins there: chains of
 /// MultiplyAdd.
 template <std::size_t kCount>
@@ -40,8 +51,7 @@ std::array<Long, kCount> BackwardSums(const std::array<Word, kCount>& target,
                                       const std::array<Word, kCount>& response) noexcept {
   const Padded<kCount> targets(target);
   const Padded<kCount> responses(response);
-  const std::int64_t weights = SumOfMagnitudes(response.data(), kCount);
-  const bool saturates = weights * Peak(target.data(), kCount) >= kSumLimit;
+  const bool saturates = MaySaturate(target, response);
   std::array<Long, kCount> sums;
   for (std::size_t i = 0; i < kCount; ++i) {
     const std::size_t count = targets.CountFrom(i);

@@ -10,8 +10,10 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 
 #include "codecs/engines/backward_filter.h"
 #include "codecs/engines/g723_1/excitation.h"
@@ -55,13 +57,21 @@ struct Target {
       : samples(target), energy(ExactEnergy(target.data(), target.size()) / 2) {}
 };
 
+// For each place of a grid, and two more so that they fill whole vectors.
+constexpr std::size_t kPaddedPlaces = kPlaces + 2;
+using ByPlace = std::array<Long, kPaddedPlaces>;
+
 // What is known of a response.
 struct Response {
   Subframe samples;
-  Long peak;                                            ///< no sample is larger
-  std::array<Word, kPlaces> common;                     ///< of two, by their distance on a grid
-  std::array<std::array<Long, kPlaces>, kGrids> gains;  ///< what a pulse has of the target
+  Long peak;  ///< no sample is larger
+  /// Of two, by their distance on a grid: from kPlaces - 1 before to as many behind.
+  std::array<Word, 2 * kPaddedPlaces> common;
+  Long commonPeak;                    ///< none in common is larger
+  std::array<ByPlace, kGrids> gains;  ///< what a pulse has of the target
 };
+
+constexpr std::size_t kNoDistance = kPlaces - 1;
 
 // What two halved responses have in common, by their distance on a grid.
 std::array<Long, kPlaces> Correlations(const Subframe& halved) noexcept {
@@ -79,17 +89,22 @@ std::array<Long, kPlaces> Correlations(const Subframe& halved) noexcept {
 }
 
 Response Analyze(const Subframe& target, const Subframe& response) noexcept {
-  Response result{.samples = response,
-                  .peak = Peak(response.data(), response.size()),
-                  .common = {},
-                  .gains = {}};
+  Response result = {.samples = response,
+                     .peak = Peak(response.data(), response.size()),
+                     .common = {},
+                     .commonPeak = 0,
+                     .gains = {}};
   Subframe halved;
   std::ranges::transform(response, halved.begin(),
                          [](Word sample) { return static_cast<Word>(sample >> 1); });
   const auto correlations = Correlations(halved);
   const int norm = LongNorm(correlations[0]);
-  std::ranges::transform(correlations, result.common.begin(),
-                         [norm](Long sum) { return Round(LongShiftLeft(sum, norm)); });
+  for (std::size_t i = 0; i < kPlaces; ++i) {
+    const Word common = Round(LongShiftLeft(correlations[i], norm));
+    result.common[kNoDistance + i] = common;
+    result.common[kNoDistance - i] = common;
+    result.commonPeak = std::max(result.commonPeak, std::abs(Long{common}));
+  }
   const auto sums = BackwardSums(target, response);
   for (std::size_t i = 0; i < kSubframeSamples; ++i) {
     result.gains[i % kGrids][i / kGrids] = LongShiftLeft(sums[i], norm - 4);
@@ -98,7 +113,7 @@ Response Analyze(const Subframe& target, const Subframe& response) noexcept {
 }
 
 // The place of the greatest gain, the last of equal ones.
-std::size_t FirstPlace(const std::array<Long, kPlaces>& gains) noexcept {
+std::size_t FirstPlace(const ByPlace& gains) noexcept {
   std::size_t best = 0;
   Long most = -1;
   for (std::size_t place = 0; place < kPlaces; ++place) {
@@ -113,17 +128,23 @@ std::size_t FirstPlace(const std::array<Long, kPlaces>& gains) noexcept {
 // The gain with which one pulse would leave the least of a gain of this size. The two least gains
 // and the greatest are not asked for, but tried beside.
 unsigned GainOf(Long size, const Response& response) noexcept {
-  unsigned best = 0;
+  const Word energy = response.common[kNoDistance];
+  unsigned best = 22;
   Long least = kMostLong;
-  for (unsigned i = 22; i >= 2; --i) {
-    const Long left =
-        LongAbsolute(LongSubtract(LongMultiply(kCodeGains[i], response.common[0]), size));
+  for (unsigned i = best; i >= 2; --i) {
+    const Long left = LongAbsolute(LongSubtract(LongMultiply(kCodeGains[i], energy), size));
     if (left >= least) continue;
     least = left;
     best = i;
   }
   return best;
 }
+
+constexpr auto kBits = [] {
+  std::array<unsigned, kPaddedPlaces> bits = {};
+  for (std::size_t i = 0; i < bits.size(); ++i) bits[i] = 1U << i;
+  return bits;
+}();
 
 // Sums that cannot leave 32 bits, and sums that can.
 struct PlainSums {
@@ -144,11 +165,8 @@ class Remainder {
   // @param size  of the pulses.
   Remainder(const Response& response, unsigned grid, Word size) noexcept
       : left_(response.gains[grid]) {
-    for (std::size_t i = 0; i < kPlaces; ++i) {
-      const Long taken = 2 * size * response.common[i];
-      taken_[kPlaces - 1 + i] = taken;
-      taken_[kPlaces - 1 - i] = taken;
-    }
+    for (std::size_t i = 0; i < taken_.size(); ++i) taken_[i] = 2 * size * response.common[i];
+    std::fill(isTaken_.begin() + kPlaces, isTaken_.end(), -1);
   }
 
   bool IsNegative(std::size_t place) const noexcept { return left_[place] < 0; }
@@ -156,50 +174,54 @@ class Remainder {
   // Takes away what a pulse has. No other comes to its place.
   void Put(std::size_t place) noexcept {
     isTaken_[place] = -1;
-    const Long* const taken = &taken_[kPlaces - 1 - place];
+    const Long* const taken = &taken_[kNoDistance - place];
     if (IsNegative(place)) {
-      for (std::size_t i = 0; i < kPlaces; ++i) left_[i] = Sums::Add(left_[i], taken[i]);
+      for (std::size_t i = 0; i < kPaddedPlaces; ++i) left_[i] = Sums::Add(left_[i], taken[i]);
     } else {
-      for (std::size_t i = 0; i < kPlaces; ++i) left_[i] = Sums::Subtract(left_[i], taken[i]);
+      for (std::size_t i = 0; i < kPaddedPlaces; ++i) left_[i] = Sums::Subtract(left_[i], taken[i]);
     }
   }
 
   // Where most is left, the first of equal places.
   std::size_t BestPlace() const noexcept {
-    std::array<Long, kPlaces> sizes;
+    ByPlace sizes;
     Long most = -1;
-    for (std::size_t i = 0; i < kPlaces; ++i) {
+    for (std::size_t i = 0; i < kPaddedPlaces; ++i) {
       sizes[i] = Sums::Absolute(left_[i]) | isTaken_[i];
       most = std::max(most, sizes[i]);
     }
-    std::size_t best = 0;
-    while (sizes[best] != most) ++best;
-    return best;
+    unsigned best = 0;
+    for (std::size_t i = 0; i < kPaddedPlaces; ++i)
+      best |= kBits[i] & (sizes[i] == most ? ~0U : 0U);
+    return static_cast<std::size_t>(std::countr_zero(best));
   }
 
  private:
-  std::array<Long, kPlaces> left_;
-  std::array<Long, kPlaces> isTaken_ = {};  // -1: yes
-  std::array<Long, 2 * kPlaces - 1> taken_;
+  ByPlace left_;
+  ByPlace isTaken_ = {};  // -1: yes
+  std::array<Long, 2 * kPaddedPlaces> taken_;
 };
 
 template <class Sums>
 void Place(const Response& response, std::size_t first, Pulses& pulses) noexcept {
   Remainder<Sums> remainder(response, pulses.grid, kCodeGains[pulses.codeGain]);
+  std::size_t place = first;
   for (std::size_t k = 0; k < pulses.count; ++k) {
-    const std::size_t place = k == 0 ? first : remainder.BestPlace();
+    if (k > 0) {
+      remainder.Put(place);
+      place = remainder.BestPlace();
+    }
     pulses.places[k] = place;
     pulses.areNegative[k] = remainder.IsNegative(place);
-    remainder.Put(place);
   }
 }
 
 // Places the pulses from the first one on, where the gain has this size.
 void Place(const Response& response, std::size_t first, Long size, Pulses& pulses) noexcept {
-  // No gain is greater than the first. Each pulse takes less than this.
-  const std::int64_t taken = std::int64_t{kCodeGains[pulses.codeGain]} * 0x10000;
+  // No gain is greater than the first, and the last pulse need not be taken away.
+  const std::int64_t taken = std::int64_t{2} * kCodeGains[pulses.codeGain] * response.commonPeak;
   const auto count = static_cast<std::int64_t>(pulses.count);
-  if (size + count * taken <= kMostLong) {
+  if (size + (count - 1) * taken <= kMostLong) {
     Place<PlainSums>(response, first, pulses);
   } else {
     Place<SaturatingSums>(response, first, pulses);
@@ -215,40 +237,77 @@ Subframe VectorOf(const Pulses& pulses) noexcept {
   return vector;
 }
 
+struct Filtered {
+  Subframe samples;
+  Long peak;  ///< no sample is larger
+};
+
 // The pulses through the response, each step saturating.
-Subframe FilterSaturating(const Response& response, const Pulses& pulses) noexcept {
+Filtered FilterSaturating(const Response& response, const Pulses& pulses) noexcept {
   const Subframe vector = VectorOf(pulses);
-  Subframe filtered;
+  Filtered filtered;
   for (std::size_t i = 0; i < kSubframeSamples; ++i) {
     Long sum = 0;
     for (std::size_t j = 0; j <= i; ++j) {
       sum = MultiplyAdd(sum, vector[j], response.samples[i - j]);
     }
-    filtered[i] = High(LongShiftLeft(sum, 2));
+    filtered.samples[i] = High(LongShiftLeft(sum, 2));
   }
+  filtered.peak = Peak(filtered.samples.data(), filtered.samples.size());
   return filtered;
 }
 
-// The same where no sum saturates; the shift and the last steps can.
-Subframe FilterPlain(const Response& response, const Pulses& pulses) noexcept {
-  std::array<Long, kSubframeSamples> sized;
-  const Word size = kCodeGains[pulses.codeGain];
-  for (std::size_t i = 0; i < kSubframeSamples; ++i) sized[i] = size * response.samples[i];
-  std::array<Long, kSubframeSamples> sums = {};
-  for (std::size_t k = 0; k < pulses.count; ++k) {
-    const std::size_t begin = PositionOf(pulses.grid, pulses.places[k]);
-    if (pulses.areNegative[k]) {
-      for (std::size_t i = begin; i < kSubframeSamples; ++i) sums[i] -= sized[i - begin];
-    } else {
-      for (std::size_t i = begin; i < kSubframeSamples; ++i) sums[i] += sized[i - begin];
+// The response in the size of the pulses, with either sign, and nothing before.
+class SizedResponse {
+ public:
+  SizedResponse(const Response& response, Word size) noexcept {
+    std::fill_n(positive_.begin(), kSubframeSamples, 0);
+    std::fill_n(negative_.begin(), kSubframeSamples, 0);
+    for (std::size_t i = 0; i < kSubframeSamples; ++i) {
+      const Long sample = size * response.samples[i];
+      positive_[kSubframeSamples + i] = sample;
+      negative_[kSubframeSamples + i] = -sample;
     }
   }
-  Subframe filtered;
-  std::ranges::transform(sums, filtered.begin(), [](Long sum) { return Saturate(sum >> 13); });
+
+  // A subframe in which it begins there.
+  const Long* From(std::size_t position, bool isNegative) const noexcept {
+    return (isNegative ? negative_ : positive_).data() + (kSubframeSamples - position);
+  }
+
+ private:
+  using Samples = std::array<Long, 2 * kSubframeSamples>;
+  Samples positive_;
+  Samples negative_;
+};
+
+// The same where no sum saturates. What follows still can.
+Filtered FilterPlain(const Response& response, const Pulses& pulses) noexcept {
+  const SizedResponse sized(response, kCodeGains[pulses.codeGain]);
+  std::array<const Long*, kMostPulses> parts;
+  parts.fill(sized.From(kSubframeSamples, false));  // nothing
+  for (std::size_t k = 0; k < pulses.count; ++k) {
+    parts[k] = sized.From(PositionOf(pulses.grid, pulses.places[k]), pulses.areNegative[k]);
+  }
+  std::array<Long, kSubframeSamples> sums;
+  Long bits = 0;
+  for (std::size_t i = 0; i < kSubframeSamples; ++i) {
+    Long sum = 0;
+    for (const Long* const part : parts) sum += part[i];
+    sums[i] = sum >> 13;
+    bits |= sums[i] ^ (sums[i] >> 31);
+  }
+  Filtered filtered;
+  filtered.peak = std::min(bits, Long{kMostWord}) + 1;
+  if (bits <= kMostWord) {
+    std::ranges::transform(sums, filtered.samples.begin(), Low);
+  } else {
+    std::ranges::transform(sums, filtered.samples.begin(), Saturate);
+  }
   return filtered;
 }
 
-Subframe Filter(const Response& response, const Pulses& pulses) noexcept {
+Filtered Filter(const Response& response, const Pulses& pulses) noexcept {
   const std::int64_t most = std::int64_t{kCodeGains[pulses.codeGain]} *
                             static_cast<std::int64_t>(pulses.count) * response.peak;
   return most < kSumLimit ? FilterPlain(response, pulses) : FilterSaturating(response, pulses);
@@ -267,19 +326,19 @@ Long MeritSaturating(const Subframe& target, const Subframe& filtered) noexcept 
 // pulses y, the sum of 2xy - yy, which is that of xx - (x - y)(x - y). Hence no step passes
 //   - the energy of the target and the greatest yy, which a step may add before it is taken away,
 //   - below, the energy of what is left, x - y.
-Long Merit(const Target& target, const Subframe& filtered) noexcept {
+Long Merit(const Target& target, const Filtered& filtered) noexcept {
   // Of 60 squares the sum has 31 bits, and so has that of products by Schwarz's inequality.
   constexpr Long kMostPeak = 1 << 12;
   constexpr std::int64_t kMostEnergy = std::int64_t{1} << 30;
-  if (target.energy < kMostEnergy && Peak(filtered.data(), filtered.size()) <= kMostPeak) {
+  const Word* const samples = filtered.samples.data();
+  if (target.energy < kMostEnergy && filtered.peak <= kMostPeak) {
     const std::int64_t common =
-        CorrelateUndoubled(target.samples.data(), filtered.data(), filtered.size());
-    const std::int64_t energy =
-        CorrelateUndoubled(filtered.data(), filtered.data(), filtered.size());
+        CorrelateUndoubled(target.samples.data(), samples, kSubframeSamples);
+    const std::int64_t energy = CorrelateUndoubled(samples, samples, kSubframeSamples);
     const std::int64_t merit = 2 * common - energy;
     if (target.energy - merit <= kMostLong) return static_cast<Long>(merit);
   }
-  return MeritSaturating(target.samples, filtered);
+  return MeritSaturating(target.samples, filtered.samples);
 }
 
 void Try(std::size_t count, const Target& target, const Subframe& samples, bool hasPulseTrain,

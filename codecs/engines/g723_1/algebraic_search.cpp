@@ -56,7 +56,7 @@ using ByRank = std::array<Word, kTracks * kPlaces>;
 struct Pulses {
   std::array<ByRank, kGrids> gains = {};             ///< -2^13 to 2^13, with the sign
   ByRank energies = {};                              ///< not below 0
-  std::array<ByRank, kTracks* kPlaces> common = {};  ///< of a pair and one of a later track
+  std::array<ByRank, kTracks* kPlaces> common = {};  ///< of two pairs, both ways
 };
 
 // The pairs that have the negative sign, -1, and those that have not, 0.
@@ -107,8 +107,8 @@ void SetCommon(std::size_t later, const Half& common, Pulses& pulses) noexcept {
   const std::size_t rank = kRanks[later];
   pulses.energies[rank] = common[later];
   for (std::size_t i = 0; i < later; ++i) {
-    const auto [first, second] = std::minmax(kRanks[i], rank);
-    pulses.common[first][second] = common[i];
+    pulses.common[rank][kRanks[i]] = common[i];
+    pulses.common[kRanks[i]][rank] = common[i];
   }
 }
 
@@ -146,13 +146,18 @@ void SetEnergies(const Subframe& response, const Signs& signs, Pulses& pulses) n
   }
 }
 
+Word MostOf(std::size_t track, const ByRank& gains) noexcept {
+  const Word* const begin = &gains[RankOf(track, 0)];
+  return *std::max_element(begin, begin + kPlaces);
+}
+
 // Half between the mean of the gains and the most that three pulses gain.
 Word Limit(const ByRank& gains) noexcept {
   Word most = 0;
   Long sum = 0;
   for (std::size_t track = 0; track < kLast; ++track) {
     const Word* const begin = &gains[RankOf(track, 0)];
-    most = Add(most, *std::max_element(begin, begin + kPlaces));
+    most = Add(most, MostOf(track, gains));
     sum = std::accumulate(begin, begin + kPlaces, sum);
   }
   const auto mean = static_cast<Word>(sum >> 3);
@@ -174,6 +179,9 @@ class Search {
       : pulses_(pulses),
         limit_(std::max(Limit(pulses.gains[0]), Limit(pulses.gains[1]))),
         triesLeft_(tries) {
+    for (std::size_t grid = 0; grid < kGrids; ++grid) {
+      mostThird_[grid] = MostOf(2, pulses.gains[grid]);
+    }
     for (std::size_t i = 0; i < kPlaces; ++i) {
       for (std::size_t j = 0; j < kPlaces && triesLeft_ > 0; ++j) SearchAfter(i, j);
     }
@@ -191,6 +199,10 @@ class Search {
     const std::size_t second = RankOf(1, j);
     const ByRank& withFirst = pulses_.common[first];
     const ByRank& withSecond = pulses_.common[second];
+    const int even = pulses_.gains[0][first] + pulses_.gains[0][second];
+    const int odd = pulses_.gains[1][first] + pulses_.gains[1][second];
+    if (even + mostThird_[0] <= limit_ && odd + mostThird_[1] <= limit_) return;
+
     const Long energy = pulses_.energies[first] + pulses_.energies[second] + 2 * withFirst[second];
     // What pulses on the later tracks add by themselves and by the first two.
     std::array<Long, 2 * kPlaces> added;
@@ -200,15 +212,12 @@ class Search {
     }
     for (std::size_t k = 0; k < kPlaces && triesLeft_ > 0; ++k) {
       const std::size_t third = RankOf(2, k);
-      const auto gainOf = [&](const ByRank& gains) {
-        return gains[first] + gains[second] + gains[third];
-      };
-      const int even = gainOf(pulses_.gains[0]);
-      const int odd = gainOf(pulses_.gains[1]);
-      const int gain = std::max(even, odd);
+      const int withEven = even + pulses_.gains[0][third];
+      const int withOdd = odd + pulses_.gains[1][third];
+      const int gain = std::max(withEven, withOdd);
       if (gain <= limit_) continue;
       --triesLeft_;
-      const std::size_t grid = odd > even ? 1 : 0;
+      const std::size_t grid = withOdd > withEven ? 1 : 0;
       Energies energies;
       for (std::size_t n = 0; n < kPlaces; ++n) {
         energies[n] =
@@ -239,6 +248,7 @@ class Search {
 
   const Pulses& pulses_;
   int limit_;
+  std::array<Word, kGrids> mostThird_;
   int triesLeft_;
   Choice best_;
 };

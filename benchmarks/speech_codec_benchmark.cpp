@@ -209,12 +209,11 @@ struct G7231Rate {
   const char* name;
   IPPCoder::CODEC codec;
   AvCodec peer;
-  const char* peersEncoder;
+  const char* peersEncoder;  // libavcodec's
 };
 constexpr G7231Rate kG7231Rates[] = {
     {"G.723.1 at 6300 bit/s", IPPCoder::G723_1_63, AvCodec::kG723At6300, "libavcodec"},
-    {"G.723.1 at 5300 bit/s", IPPCoder::G723_1_53, AvCodec::kG723At5300,
-     "libavcodec at 6300 bit/s"},
+    {"G.723.1 at 5300 bit/s", IPPCoder::G723_1_53, AvCodec::kG723At5300, "its 6300 bit/s"},
 };
 
 // The same samples as libavcodec's from our frames, and those as near to the speech as its own.

@@ -43,10 +43,10 @@ class EngineRun {
 
   /// The same, now and then in other modes from there on:
   ///
-  ///     switch8 modes8 sample16...      switch: below 32 where the modes are taken
+  ///     switch8 modes8 sample16...      switch: below 224 the modes stay as they are
   bool SwitchAndCodeStep() {
     if (input_.Rest().empty()) return false;
-    const bool isSwitched = input_.Take<std::uint8_t>() < 32;
+    const bool isSwitched = input_.Take<std::uint8_t>() >= 224;
     const EngineModes modes = TakeModes();
     if (isSwitched) SetModes(modes);
     CodeAndDecode();

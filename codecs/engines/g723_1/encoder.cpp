@@ -76,8 +76,9 @@ void Encoder::Weight(Analysis& analysis) noexcept {
 }
 
 bool Encoder::IsSpeech(const Analysis& analysis) noexcept {
-  if (!modes_.voiceActivityDetection) return true;
-  const bool isSpeech = voiceActivity_.IsSpeech(&samples_[kOldSamples], analysis.isSine);
+  const bool isSpeech = !modes_.voiceActivityDetection ||
+                        voiceActivity_.IsSpeech(&samples_[kOldSamples], analysis.isSine);
+  // Of every frame, for those after it, whose modes may be others.
   voiceActivity_.AddLags(analysis.lags);
   silenceEncoder_.AddFrame(analysis.windows);
   return isSpeech;

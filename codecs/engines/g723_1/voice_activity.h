@@ -12,11 +12,11 @@ namespace Quorvex::g723_1 {
 /// while there is neither a voice's pitch nor a sine.
 class VoiceActivity {
  public:
-  /// Decides on the next frame. To be called for every frame.
+  /// Decides on the next frame. To be called for every frame while it is asked for.
   /// @param samples  its new ones behind the high-pass, kFrameSamples.
   /// @param isSine   whether they are held for a sine.
   bool IsSpeech(const fixed_point::Word* samples, bool isSine) noexcept;
-  /// The open-loop lags of a frame, for the next two; also of a frame that is no speech.
+  /// The open-loop lags of a frame, for the next two. To be called for every frame.
   void AddLags(const std::array<int, kHalves>& lags) noexcept;
   /// A filter of the noise, found in frames that are no speech.
   void Learn(const Filter& noiseFilter) noexcept;

@@ -355,24 +355,23 @@ TEST_F(Program, CodecDecodesWholeFramesAsFFmpegDoes) {
   EXPECT_EQ(samples, tests::ReadSamples(raw));
 }
 
-// Mixed frames, each of which tells its length: more than a block of them.
+// Mixed frames, each of which tells its length, and more than a block of them.
 TEST_F(Program, CodecDecodesMixedFramesAsFFmpegDoes) {
-  const tests::Bytes part = tests::ReadBytes(Fixture("g723_1_mixed.g723_1"));
+  const std::string part = Fixture("g723_1_mixed.g723_1");
   const auto begin = tests::ReadSamples(Fixture("g723_1_mixed.s16"));
+  const std::string raw = directory.File("x.raw");
+  EXPECT_EQ(Run({"codec", "decode", "--codec", "g723-63", part, "-o", raw}), 0) << errors;
+  EXPECT_EQ(tests::ReadSamples(raw), begin);
+  const tests::Bytes bytes = tests::ReadBytes(part);
   tests::Bytes frames;
   std::size_t times = 0;
-  for (; frames.size() <= 65536; ++times) frames.insert(frames.end(), part.begin(), part.end());
+  for (; frames.size() <= 65536; ++times) frames.insert(frames.end(), bytes.begin(), bytes.end());
+  frames.pop_back();  // the last frame
+  frames.pop_back();  // a part of the one before, which is decoded all the same
   const std::string input = directory.File("x.g723");
-  const std::string raw = directory.File("x.raw");
-  frames.pop_back();  // of the last part, which ends in a frame of one byte
-  frames.pop_back();  // and of the frame before that, which is decoded all the same
   tests::WriteBytes(input, frames);
-  for (const char* codec : {"g723-53", "g723-63"}) {
-    EXPECT_EQ(Run({"codec", "decode", "--codec", codec, input, "-o", raw}), 0) << errors;
-    const auto samples = tests::ReadSamples(raw);
-    EXPECT_EQ(samples.size(), begin.size() * times - 240);
-    EXPECT_TRUE(std::equal(begin.begin(), begin.end(), samples.begin()));
-  }
+  EXPECT_EQ(Run({"codec", "decode", "--codec", "g723-53", input, "-o", raw}), 0) << errors;
+  EXPECT_EQ(tests::ReadSamples(raw).size(), begin.size() * times - 240);
 }
 
 TEST_F(Program, ConvertAndCodecMakeTheSameSpeechFrames) {

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 
 #include "codecs/engines/sums_of_products.h"
 
@@ -52,49 +53,52 @@ using Sums = std::array<Long, kSubframeSamples>;
 constexpr int kOneShift = 13;
 constexpr Long kHalf = 1 << (kOneShift - 1);
 
+// The largest sample by which a filter does not put more than the rest into a sum.
+Long MostSample(std::int64_t rest, const Filter& filter) noexcept {
+  const std::int64_t most = rest / (SumOfMagnitudes(filter.data(), kOrder) + 1);
+  return static_cast<Long>(std::min<std::int64_t>(most, kMostWord));
+}
+
 // What the first and the last filter do: sums become samples, and what is predicted of these is put
 // into the sums.
-// @return false, and all is worthless, if a sample is above most.
-bool Recur(const Filter& filter, Long most, Sums& sums, Word* samples) noexcept {
+// @return the largest magnitude, also of the memory. If it is above most, all is worthless.
+Long Recur(const Filter& filter, Long most, Sums& sums, Word* samples) noexcept {
+  Long peak = Peak(samples - kOrder, kOrder);
   Long last = *(samples - 1);
-  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+  for (std::size_t n = 0; n < kSubframeSamples && peak <= most; ++n) {
     Long sum = sums[n];
     for (std::size_t i = kOrder; i > 1; --i) sum += filter[i - 1] * *(samples + n - i);
     sum += filter[0] * last;
     last = (sum + kHalf) >> kOneShift;
-    if (last > most || last < -most) return false;
+    peak = std::max(peak, last < 0 ? -last : last);
     sums[n] = sum;
     samples[n] = static_cast<Word>(last);
   }
-  return true;
+  return peak;
 }
 
-// The same without any operation that saturates. @return false if it cannot be done.
+// The same without any operation that saturates: undoubled sums stay below kSumLimit.
+// @return false if it cannot be done.
 bool RunPlainly(const SubframeFilters& filters, const Subframe& excitation, int rise,
                 Signals& signals) noexcept {
-  Word* const synthesized = signals.Synthesized();
-  Word* const weighted = signals.Weighted();
-  // Sums stay below their limit as long as no synthesized sample is above this, and no weighted one
-  // above this after its rise.
-  const Long weights = SumOfMagnitudes(filters.synthesis.data(), kOrder) +
-                       SumOfMagnitudes(filters.weighting.zeros.data(), kOrder) +
-                       SumOfMagnitudes(filters.weighting.poles.data(), kOrder);
-  const Long rest = (kSumLimit >> rise) - Peak(excitation.data(), kSubframeSamples) * kHalf;
-  const Long most = std::min<Long>(rest / (weights + 1), kMostWord >> rise);
-  const Long mostWeighted = most << rise;
-  if (Peak(synthesized - kOrder, kOrder) > most) return false;
-  if (Peak(weighted - kOrder, kOrder) > mostWeighted) return false;
-
   Sums sums;
   std::ranges::transform(excitation, sums.begin(), [](Word sample) { return sample * kHalf; });
-  if (!Recur(filters.synthesis, most, sums, synthesized)) return false;
+  const Long peakExcitation = Peak(excitation.data(), kSubframeSamples);
+  const Long most = MostSample(kSumLimit - peakExcitation * kHalf, filters.synthesis);
+  const Long peak = Recur(filters.synthesis, most, sums, signals.Synthesized());
+  if (peak > most) return false;
+
+  const Filter& zeros = filters.weighting.zeros;
+  const std::int64_t weights = (1 << kOneShift) + SumOfMagnitudes(zeros.data(), kOrder);
+  const std::int64_t rest = kSumLimit - ((weights * (peak + 1)) << rise);
+  if (rest < 0) return false;
   for (std::size_t i = 0; i < kOrder; ++i) {
-    for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-      sums[n] -= filters.weighting.zeros[i] * *(synthesized + n - 1 - i);
-    }
+    const Word* const delayed = signals.Synthesized() - 1 - i;
+    for (std::size_t n = 0; n < kSubframeSamples; ++n) sums[n] -= zeros[i] * delayed[n];
   }
   for (Long& sum : sums) sum *= 1 << rise;
-  return Recur(filters.weighting.poles, mostWeighted, sums, weighted);
+  const Long mostWeighted = MostSample(rest, filters.weighting.poles);
+  return Recur(filters.weighting.poles, mostWeighted, sums, signals.Weighted()) <= mostWeighted;
 }
 
 // The first two filters.

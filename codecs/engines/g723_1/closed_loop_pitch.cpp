@@ -10,10 +10,10 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 #include "codecs/engines/g723_1/convolution.h"
 #include "codecs/engines/g723_1/excitation.h"
+#include "codecs/engines/g723_1/pitch_gain_search.h"
 #include "codecs/engines/g723_1/pitch_gain_tables.h"
 #include "codecs/engines/sums_of_products.h"
 
@@ -23,21 +23,13 @@ using namespace fixed_point;
 
 namespace {
 
-constexpr std::size_t kProducts = std::tuple_size_v<PitchGainRow>;
 constexpr std::size_t kMostLags = 4;
 
-using Products = std::array<Long, kProducts>;
-using NormalizedProducts = std::array<Word, kProducts>;
+using Products = std::array<Long, kPitchProducts>;
 
 // Zeros follow the subframe, so that the sums take whole vector registers.
 using Padded = std::array<Word, 64>;
 using Vectors = std::array<Padded, kPitchTaps>;
-
-// The lags that are tried.
-struct Lags {
-  int least;
-  std::size_t count;
-};
 
 Subframe ConvolveSaturating(const Word* samples, const Subframe& response) noexcept {
   Subframe filtered;
@@ -123,77 +115,27 @@ Products ProductsOf(const Vectors& vectors, const Padded& target) noexcept {
                                              : ProductsBy<SaturatingSums>(vectors, target);
 }
 
-Long ScoreSaturating(const NormalizedProducts& products, const PitchGainRow& row) noexcept {
-  Long score = 0;
-  for (std::size_t i = 0; i < kProducts; ++i) {
-    score = LongAdd(score, LongMultiply(products[i], row[i]) >> 1);
+// The products of so many lags, from the least on, at one norm.
+std::array<PitchProducts, kMostLags> ProductsOfLags(int least, std::size_t count,
+                                                    const Subframe& target,
+                                                    const Subframe& response,
+                                                    const Word* excitation) noexcept {
+  Padded paddedTarget = {};
+  std::ranges::copy(target, paddedTarget.begin());
+  std::array<Products, kMostLags> products;
+  Long peak = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    const LagSamples samples = SamplesOfLag(least + static_cast<int>(i), excitation);
+    products[i] = ProductsOf(VectorsOf(samples, response), paddedTarget);
+    for (const Long product : products[i]) peak = std::max(peak, LongAbsolute(product));
   }
-  return score;
-}
-
-// The parts of a row, each of which has products of another size.
-struct Part {
-  std::size_t first;
-  std::size_t end;
-};
-constexpr std::array<Part, 3> kParts = {
-    {{0, kPitchTaps}, {kPitchTaps, 2 * kPitchTaps}, {2 * kPitchTaps, kProducts}}};
-
-constexpr Long MagnitudesOf(const PitchGainRow& row, const Part& part) noexcept {
-  return SumOfMagnitudes(row.data() + part.first, part.end - part.first);
-}
-consteval Long MostMagnitudes(const Part& part) {
-  Long most = 0;
-  for (const PitchGainRow& row : kShortLagGains) most = std::max(most, MagnitudesOf(row, part));
-  for (const PitchGainRow& row : kPitchGains) most = std::max(most, MagnitudesOf(row, part));
-  return most;
-}
-constexpr std::array<Long, 3> kMostMagnitudes = {
-    MostMagnitudes(kParts[0]), MostMagnitudes(kParts[1]), MostMagnitudes(kParts[2])};
-
-// Whether the score of some row may.
-bool MaySaturate(const NormalizedProducts& products) noexcept {
-  std::int64_t most = 0;
-  for (std::size_t i = 0; i < kParts.size(); ++i) {
-    Long peak = 0;
-    for (std::size_t j = kParts[i].first; j < kParts[i].end; ++j) {
-      peak = std::max(peak, std::abs(Long{products[j]}));
-    }
-    most += std::int64_t{peak} * kMostMagnitudes[i];
+  const int norm = LongNorm(peak);
+  std::array<PitchProducts, kMostLags> normalized;
+  for (std::size_t i = 0; i < count; ++i) {
+    std::ranges::transform(products[i], normalized[i].begin(),
+                           [norm](Long product) { return Round(LongShiftLeft(product, norm)); });
   }
-  return most > kMostLong;
-}
-
-// The few rows of which that is true at all: 2^15 times their magnitudes is more than a score
-// takes.
-template <std::size_t kRows>
-consteval std::array<bool, kRows> LoudRows(const std::array<PitchGainRow, kRows>& rows) {
-  std::array<bool, kRows> areLoud = {};
-  for (std::size_t i = 0; i < kRows; ++i) {
-    areLoud[i] = MagnitudesOf(rows[i], {0, kProducts}) >= 1 << 16;
-  }
-  return areLoud;
-}
-constexpr auto kLoudShortLagRows = LoudRows(kShortLagGains);
-constexpr auto kLoudRows = LoudRows(kPitchGains);
-
-struct Choice {
-  int lag;
-  unsigned row = 0;
-  Long score = 0;
-};
-
-void TryRows(int lag, bool hasShortLagGains, unsigned count, const NormalizedProducts& products,
-             Choice& best) noexcept {
-  const PitchGainRow* const rows = hasShortLagGains ? kShortLagGains.data() : kPitchGains.data();
-  const bool* const areLoud = hasShortLagGains ? kLoudShortLagRows.data() : kLoudRows.data();
-  const bool maySaturate = MaySaturate(products);
-  for (unsigned row = 0; row < count; ++row) {
-    const Long score = maySaturate && areLoud[row]
-                           ? ScoreSaturating(products, rows[row])
-                           : CorrelateUndoubled(products.data(), rows[row].data(), kProducts);
-    if (score > best.score) best = {lag, row, score};
-  }
+  return normalized;
 }
 
 }  // namespace
@@ -204,30 +146,16 @@ CodedPitch SearchPitch(FrameType type, std::size_t subframe, int halfLag, bool i
   const bool choosesHalfLag = subframe % 2 == 0;
   // Its neighbours are lags that can be sent.
   const int middle = choosesHalfLag ? std::clamp(halfLag, kLeastLag + 1, kMostLag - 2) : halfLag;
-  const Lags lags = {middle - 1, choosesHalfLag ? 3u : 4u};
-  const int mostLag = lags.least + static_cast<int>(lags.count) - 1;
-  const Taming::Rows allowed = taming.Allowed(lags.least, mostLag, isSine);
-
-  Padded paddedTarget = {};
-  std::ranges::copy(target, paddedTarget.begin());
-  std::array<Products, kMostLags> products;
-  Long peak = 0;
-  for (std::size_t i = 0; i < lags.count; ++i) {
-    const int lag = lags.least + static_cast<int>(i);
-    products[i] = ProductsOf(VectorsOf(SamplesOfLag(lag, excitation), response), paddedTarget);
-    for (const Long product : products[i]) peak = std::max(peak, LongAbsolute(product));
-  }
-  const int norm = LongNorm(peak);
-
-  Choice best = {.lag = middle};
-  for (std::size_t i = 0; i < lags.count; ++i) {
-    const int lag = lags.least + static_cast<int>(i);
-    NormalizedProducts normalized;
-    std::ranges::transform(products[i], normalized.begin(),
-                           [norm](Long product) { return Round(LongShiftLeft(product, norm)); });
+  const int least = middle - 1;
+  const std::size_t count = choosesHalfLag ? 3 : kMostLags;
+  const Taming::Rows allowed = taming.Allowed(least, least + static_cast<int>(count) - 1, isSine);
+  const auto products = ProductsOfLags(least, count, target, response, excitation);
+  PitchChoice best = {.lag = middle};
+  for (std::size_t i = 0; i < count; ++i) {
+    const int lag = least + static_cast<int>(i);
     const bool hasShortLagGains = HasShortLagGains(type, choosesHalfLag ? lag : halfLag);
-    TryRows(lag, hasShortLagGains, hasShortLagGains ? allowed.shortLag : allowed.others, normalized,
-            best);
+    SearchPitchGains(lag, hasShortLagGains, hasShortLagGains ? allowed.shortLag : allowed.others,
+                     products[i], best);
   }
   return {best.lag, best.row};
 }

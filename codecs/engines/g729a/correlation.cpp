@@ -2,8 +2,6 @@
 // the steps are plain ones, of which several run at a time.
 #include "codecs/engines/g729a/correlation.h"
 
-#include <algorithm>
-#include <array>
 #include <cstddef>
 #include <cstdint>
 
@@ -15,8 +13,6 @@ using namespace fixed_point;
 
 namespace {
 
-using LongSubframe = std::array<Long, kSubframeSamples>;
-
 Sum CorrelateSaturating(const Word* a, const Word* b, Long start) noexcept {
   Sum sum{.value = start};
   for (std::size_t i = 0; i < kSubframeSamples; ++i) {
@@ -26,26 +22,6 @@ Sum CorrelateSaturating(const Word* a, const Word* b, Long start) noexcept {
     sum.saturated = sum.saturated || sum.value != next || product > kMostLong;
   }
   return sum;
-}
-
-// What a response from each place on has in common with the target.
-LongSubframe BackwardSums(const Subframe& target, const Subframe& response) noexcept {
-  LongSubframe sums = {};
-  const std::int64_t weights = SumOfMagnitudes(response.data(), kSubframeSamples);
-  if (weights * Peak(target.data(), kSubframeSamples) < kSumLimit) {
-    for (std::size_t k = 0; k < kSubframeSamples; ++k) {
-      for (std::size_t i = 0; i + k < kSubframeSamples; ++i) {
-        sums[i] += 2 * target[i + k] * response[k];
-      }
-    }
-    return sums;
-  }
-  for (std::size_t k = 0; k < kSubframeSamples; ++k) {
-    for (std::size_t i = 0; i + k < kSubframeSamples; ++i) {
-      sums[i] = MultiplyAdd(sums[i], target[i + k], response[k]);
-    }
-  }
-  return sums;
 }
 
 }  // namespace
@@ -62,16 +38,6 @@ Sum Correlator::With(const Word* others, Long start) const noexcept {
 Scaled Normalize(Long sum) noexcept {
   const int norm = LongNorm(sum);
   return {Round(LongShiftLeft(sum, norm)), norm};
-}
-
-Subframe FilterBackward(const Subframe& target, const Subframe& response) noexcept {
-  const LongSubframe sums = BackwardSums(target, response);
-  Long peak = 0;
-  for (const Long sum : sums) peak = std::max(peak, LongAbsolute(sum));
-  const int shift = 18 - std::min(16, LongNorm(peak));
-  Subframe backward;
-  std::ranges::transform(sums, backward.begin(), [shift](Long sum) { return Low(sum >> shift); });
-  return backward;
 }
 
 }  // namespace Quorvex::g729a

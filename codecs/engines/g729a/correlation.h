@@ -38,8 +38,4 @@ struct Scaled {
 /// The upper half of a sum, rounded, after its norm.
 Scaled Normalize(fixed_point::Long sum) noexcept;
 
-/// For each place, the correlation of the target with a response that begins there; the greatest
-/// takes 13 bits and the sign. @param response  Q12.
-Subframe FilterBackward(const Subframe& target, const Subframe& response) noexcept;
-
 }  // namespace Quorvex::g729a

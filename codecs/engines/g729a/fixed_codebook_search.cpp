@@ -15,6 +15,7 @@
 #include <array>
 #include <cstddef>
 
+#include "codecs/engines/backward_filter.h"
 #include "codecs/engines/g729a/correlation.h"
 
 namespace Quorvex::g729a {
@@ -71,17 +72,6 @@ struct Pair {
   Merit merit = {};
   std::size_t first = 0, second = 0;  ///< ranks
 };
-
-// The response at such a level that its energy has 31 bits at most.
-Subframe Level(const Subframe& response) noexcept {
-  constexpr int kMostEnergy = 32000;
-  const Long energy = Correlator(response).With(response).value;
-  const int shift = High(energy) > kMostEnergy ? -1 : LongNorm(energy) / 2;
-  Subframe level;
-  std::ranges::transform(response, level.begin(),
-                         [shift](Word sample) { return ShiftLeft(sample, shift); });
-  return level;
-}
 
 void SetGains(const Subframe& backward, Pulses& pulses) noexcept {
   for (std::size_t rank = 0; rank < kSubframeSamples; ++rank) {
@@ -267,7 +257,8 @@ FixedCode SearchFixedCode(const Subframe& target, const Subframe& response) noex
   Pulses pulses;
   const Subframe backward = FilterBackward(target, response);
   SetGains(backward, pulses);
-  SetEnergies(Level(response), backward, pulses);
+  const Long energy = Correlator(response).With(response).value;
+  SetEnergies(Level(response, energy), backward, pulses);
   const auto ranks = Search(pulses);
 
   FixedCode code{.positions = PositionsOf(ranks)};

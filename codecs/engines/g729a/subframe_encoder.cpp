@@ -5,8 +5,8 @@
 
 #include <algorithm>
 
+#include "codecs/engines/backward_filter.h"
 #include "codecs/engines/g729a/closed_loop_pitch.h"
-#include "codecs/engines/g729a/correlation.h"
 #include "codecs/engines/g729a/filters.h"
 #include "codecs/engines/g729a/fixed_codebook_search.h"
 #include "codecs/engines/g729a/gain_search.h"

@@ -33,7 +33,7 @@ constexpr std::size_t kTracks = 4;
 constexpr std::size_t kPlaces = 8;
 constexpr std::size_t kGrids = 2;
 constexpr std::size_t kPairs = kSubframeSamples / kGrids;  // of an even and an odd sample
-
+constexpr std::size_t kRanks = kTracks * kPlaces;          // of pairs, two of them beyond
 constexpr std::size_t kLast = kTracks - 1;
 
 constexpr std::size_t PositionOf(std::size_t track, std::size_t place, std::size_t grid) noexcept {
@@ -44,19 +44,19 @@ constexpr std::size_t PositionOf(std::size_t track, std::size_t place, std::size
 constexpr std::size_t RankOf(std::size_t track, std::size_t place) noexcept {
   return track * kPlaces + place;
 }
-constexpr auto kRanks = [] {
+constexpr auto kRankOfPair = [] {
   std::array<std::size_t, kPairs> ranks = {};
   for (std::size_t i = 0; i < kPairs; ++i) ranks[i] = RankOf(i % kTracks, i / kTracks);
   return ranks;
 }();
 
-using ByRank = std::array<Word, kTracks * kPlaces>;
+using ByRank = std::array<Word, kRanks>;
 
 // What the search knows of each pair. Beyond the subframe all are 0.
 struct Pulses {
-  std::array<ByRank, kGrids> gains = {};             ///< -2^13 to 2^13, with the sign
-  ByRank energies = {};                              ///< not below 0
-  std::array<ByRank, kTracks* kPlaces> common = {};  ///< of two pairs, both ways
+  std::array<ByRank, kGrids> gains = {};   ///< -2^13 to 2^13, with the sign
+  ByRank energies = {};                    ///< not below 0
+  std::array<ByRank, kRanks> common = {};  ///< of two pairs, both ways
 };
 
 // The pairs that have the negative sign, -1, and those that have not, 0.
@@ -88,7 +88,7 @@ void SetGains(const Subframe& backward, const Signs& signs, Pulses& pulses) noex
   for (std::size_t grid = 0; grid < kGrids; ++grid) {
     for (std::size_t i = 0; i < kPairs; ++i) {
       const Word gain = backward[kGrids * i + grid];
-      pulses.gains[grid][kRanks[i]] = signs[i] < 0 ? Negate(gain) : gain;
+      pulses.gains[grid][kRankOfPair[i]] = signs[i] < 0 ? Negate(gain) : gain;
     }
   }
 }
@@ -104,11 +104,11 @@ Half HalfOf(const Subframe& response, std::size_t grid) noexcept {
 
 // @param common  of the pair and those before it; of the last, with itself.
 void SetCommon(std::size_t later, const Half& common, Pulses& pulses) noexcept {
-  const std::size_t rank = kRanks[later];
+  const std::size_t rank = kRankOfPair[later];
   pulses.energies[rank] = common[later];
   for (std::size_t i = 0; i < later; ++i) {
-    pulses.common[rank][kRanks[i]] = common[i];
-    pulses.common[kRanks[i]][rank] = common[i];
+    pulses.common[rank][kRankOfPair[i]] = common[i];
+    pulses.common[kRankOfPair[i]][rank] = common[i];
   }
 }
 

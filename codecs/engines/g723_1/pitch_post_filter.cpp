@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <cstdlib>
 
 #include "codecs/engines/g723_1/arithmetic.h"
 #include "codecs/engines/sums_of_products.h"
@@ -83,6 +82,14 @@ int Choose(Long own, const Match& before, const Match& later, Word weight,
   return chosen.offset;
 }
 
+void Mix(const Word* own, int offset, const Weights& weights, Word* mixed) noexcept {
+  const Word* const other = own + offset;
+  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+    // Both weights are positive, and their sum is below 1.25: saturating at the end does.
+    mixed[n] = Saturate((own[n] * weights.own + other[n] * weights.other + 0x4000) >> 15);
+  }
+}
+
 }  // namespace
 
 void FilterPitch(const Word* excitation, const Word* normalized,
@@ -94,12 +101,7 @@ void FilterPitch(const Word* excitation, const Word* normalized,
     const Match later = FindMatch(subframe, halfLag, 1, static_cast<int>(kFrameSamples - begin));
     Weights weights;
     const int offset = Choose(Correlation(subframe, subframe), before, later, weight, weights);
-    const Word* const own = excitation + begin;
-    const Word* const other = own + offset;
-    for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-      filtered[begin + n] =
-          Round(MultiplyAdd(LongMultiply(own[n], weights.own), other[n], weights.other));
-    }
+    Mix(excitation + begin, offset, weights, filtered + begin);
   }
 }
 

@@ -1,11 +1,15 @@
 // The signal path:
 //
 //     speech -> A(z/0.65) -> 1 / A(z/0.75) -> tilt -> level of the speech, x 2
+//
+// Sums are undoubled where they are known not to saturate (sums_of_products.h).
 #include "codecs/engines/g723_1/post_filter.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
+#include <cstdint>
+#include <cstdlib>
 
 #include "codecs/engines/g723_1/arithmetic.h"
 #include "codecs/engines/g723_1/weighting_tables.h"
@@ -27,9 +31,80 @@ Filter Weight(const Filter& filter, const Filter& weights) noexcept {
   return weighted;
 }
 
-// A step from `last` to `next`, of which it takes `part`, Q15.
-Word Approach(Word last, Word next, Word part) noexcept {
-  return Round(MultiplyAdd(MultiplySubtract(Deposit(last), last, part), next, part));
+// A step of 1 / 2^shift of the way, rounded.
+Word Approach(Word last, Word next, int shift) noexcept {
+  return static_cast<Word>(last + ((next - last + (1 << (shift - 1))) >> shift));
+}
+
+// What comes out of the poles, before it is rounded, Q13.
+using Sums = std::array<Long, kSubframeSamples>;
+constexpr int kSumShift = 13;
+constexpr Long kMostSum = (1 << 28) - 1;
+
+Word SampleOf(Long sum) noexcept { return Saturate((sum + 0x1000) >> kSumShift); }
+
+// Widened, to be less sharp than the synthesis.
+struct Weighted {
+  Filter zeros;
+  Filter poles;
+};
+
+// From a sample on. @param output  with kOrder samples before, receives the rest of the subframe.
+void RunSaturating(const Weighted& filter, const Word* speech, std::size_t first, Sums& sums,
+                   Word* output) noexcept {
+  for (std::size_t n = first; n < kSubframeSamples; ++n) {
+    Long sum = Deposit(speech[n]) >> 2;
+    for (std::size_t i = 0; i < kOrder; ++i) {
+      sum = MultiplySubtract(sum, filter.zeros[i], *(speech + n - 1 - i));
+    }
+    for (std::size_t i = 0; i < kOrder; ++i) {
+      sum = MultiplyAdd(sum, filter.poles[i], *(output + n - 1 - i));
+    }
+    sums[n] = LongShiftLeft(sum, 2) >> 3;
+    output[n] = SampleOf(sums[n]);
+  }
+}
+
+// No sum saturates as long as no output is above this; 0 or less where one may in any case.
+Long MostOutput(const Weighted& filter, const Word* speech) noexcept {
+  const Long speechWeight = (1 << kSumShift) + SumOfMagnitudes(filter.zeros.data(), kOrder);
+  const Long outputWeight = 1 + SumOfMagnitudes(filter.poles.data(), kOrder);
+  const std::int64_t speechPart =
+      std::int64_t{Peak(speech - kOrder, kOrder + kSubframeSamples)} * speechWeight;
+  return static_cast<Long>(
+      std::clamp<std::int64_t>((kSumLimit - 1 - speechPart) / outputWeight, -1, kMostWord));
+}
+
+// @param output  with kOrder samples before.
+void Run(const Weighted& filter, const Word* speech, Sums& sums, Word* output) noexcept {
+  const Long most = MostOutput(filter, speech);
+  if (Peak(output - kOrder, kOrder) > most) {
+    RunSaturating(filter, speech, 0, sums, output);
+    return;
+  }
+  for (std::size_t n = 0; n < kSubframeSamples; ++n) sums[n] = speech[n] * (1 << kSumShift);
+  for (std::size_t i = 0; i < kOrder; ++i) {
+    const Word* const delayed = speech - 1 - i;
+    for (std::size_t n = 0; n < kSubframeSamples; ++n) sums[n] -= filter.zeros[i] * delayed[n];
+  }
+  // In registers: vectors of outputs that were stored right before would be slow.
+  std::array<Long, kOrder> past;
+  for (std::size_t i = 0; i < kOrder; ++i) past[i] = *(output - 1 - i);
+  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
+    Long sum = sums[n];
+    for (std::size_t i = kOrder; i-- > 0;) sum += filter.poles[i] * past[i];
+    const Long sample = (sum + 0x1000) >> kSumShift;
+    if (std::abs(sample) > most) {
+      sums[n] = std::clamp(sum, -kMostSum - 1, kMostSum);
+      output[n] = Saturate(sample);
+      RunSaturating(filter, speech, n + 1, sums, output);
+      return;
+    }
+    sums[n] = sum;
+    output[n] = static_cast<Word>(sample);
+    for (std::size_t i = kOrder - 1; i > 0; --i) past[i] = past[i - 1];
+    past[0] = sample;
+  }
 }
 
 // The gain from an output's energy to a target's, Q12.
@@ -62,42 +137,36 @@ Word PostFilter::NextTilt(Long energy, Long next) noexcept {
     reflection = Quotient(LongAbsolute(next >> 1), High(energy));
     if (next < 0) reflection = Negate(reflection);
   }
-  reflection_ = Approach(reflection_, reflection, 0x2000);
+  reflection_ = Approach(reflection_, reflection, 2);
   return static_cast<Word>(Multiply(reflection_, kTilt) & ~3);
 }
 
 void PostFilter::SharpenFormants(const g723_1::Filter& filter, Word tilt, const Word* speech,
                                  Word* filtered) noexcept {
-  const g723_1::Filter zeros = Weight(filter, kPostFilterZeros);
-  const g723_1::Filter poles = Weight(filter, kPostFilterPoles);
   std::array<Word, kOrder + kSubframeSamples> output;
   std::ranges::copy(poles_, output.begin());
+  Word* const begin = output.data() + kOrder;
+  Sums sums;
+  Run({Weight(filter, kPostFilterZeros), Weight(filter, kPostFilterPoles)}, speech, sums, begin);
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    Long sum = Deposit(speech[n]) >> 2;
-    for (std::size_t i = 1; i <= kOrder; ++i) {
-      sum = MultiplySubtract(sum, zeros[i - 1], *(speech + n - i));
-    }
-    Word* const newest = output.data() + kOrder + n;
-    for (std::size_t i = 1; i <= kOrder; ++i) sum = MultiplyAdd(sum, poles[i - 1], *(newest - i));
-    sum = LongShiftLeft(sum, 2);
-    *newest = Round(sum);
-    filtered[n] = Round(MultiplyAdd(sum, *(newest - 1), tilt));
+    // The tilt is a multiple of 4: to have the product in Q13 loses nothing.
+    filtered[n] = SampleOf(sums[n] + *(begin + n - 1) * (tilt >> 2));
   }
   std::copy_n(output.end() - kOrder, kOrder, poles_.begin());
 }
 
 // @param target  energy of the quarter of the speech.
 void PostFilter::ControlLevel(Long target, Word* filtered) noexcept {
-  Long output = 0;
-  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    const auto quarter = static_cast<Word>(filtered[n] >> 2);
-    output = MultiplyAdd(output, quarter, quarter);
-  }
+  Subframe quarter;
+  std::transform(filtered, filtered + kSubframeSamples, quarter.begin(),
+                 [](Word sample) { return static_cast<Word>(sample >> 2); });
+  const Long output = SaturateLong(ExactEnergy(quarter.data(), quarter.size()));
   const Word gain = GainBetween(output, target);
+  Subframe gains;
+  for (Word& value : gains) value = gain_ = Approach(gain_, gain, 4);
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    gain_ = Approach(gain_, gain, 0x800);
-    const Word more = Add(gain_, static_cast<Word>(gain_ >> 4));
-    filtered[n] = Round(LongShiftLeft(LongMultiply(filtered[n], more), 4));
+    const Word more = Saturate(gains[n] + (gains[n] >> 4));
+    filtered[n] = Saturate((filtered[n] * more + 0x400) >> 11);
   }
 }
 

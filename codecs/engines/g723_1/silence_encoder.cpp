@@ -15,14 +15,14 @@ using namespace fixed_point;
 
 namespace {
 
-// A filter is wrong when it leaves so much more than the best one, Q15: 0.93 dB.
+// A filter is wrong when it leaves so much more than the best one, Q15: 0.84 dB.
 constexpr Word kTolerance = 7000;
 // A level is wrong when its index is further off.
 constexpr int kLevelTolerance = 3;
 
 // At the level of the one that is shifted least.
 Autocorrelation Sum(std::span<const Autocorrelation> parts) noexcept {
-  constexpr int kSpareBits = 14;  // of four, if there are no more
+  constexpr int kSpareBits = 14;  // a sum of four has 32 bits
   int least = parts[0].shift;
   for (const Autocorrelation& part : parts) least = std::min(least, part.shift);
   std::array<Long, kOrder + 1> sums = {};
@@ -107,7 +107,7 @@ unsigned SilenceEncoder::LevelIndex() const noexcept {
   return NoiseLevelIndex(LongShiftLeft(sum, 15 - least));
 }
 
-// Of the frames before rather, since the noise goes on; of the current one where it has changed.
+// The frames before, all together, rather than the current one, unless the noise has changed since.
 // @return the spectrum's index.
 unsigned SilenceEncoder::EncodeFilter(const Filter& current, const LineSpectrum& last) noexcept {
   average_ = Predict(Sum(std::span(frames_).subspan<1>())).filter;

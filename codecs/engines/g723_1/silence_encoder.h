@@ -1,5 +1,5 @@
-// What is sent of the frames in which nobody speaks: a filter and a level of the noise, again when
-// one of them is no longer right, and else nothing.
+// What is sent of the frames in which nobody speaks: a filter and a level of the noise, sent again
+// when one of them is no longer right, and else nothing.
 #pragma once
 
 #include <array>
@@ -36,9 +36,9 @@ class SilenceEncoder {
   static constexpr std::size_t kFrames = 4;    // the current one and those of the average
   static constexpr std::size_t kEnergies = 3;  // at most, of which the level is the mean
 
-  /// Autocorrelation of a filter of the prediction's error: 1, -a1, -a2 and so on.
+  /// Autocorrelation of the filter that leaves the prediction's error: 1, -a1, -a2 and so on.
   struct FilterCorrelation {
-    std::array<fixed_point::Word, kOrder + 1> values = {};  ///< Q(10 + shift), but the first twice
+    std::array<fixed_point::Word, kOrder + 1> values = {};  ///< Q(10 + shift); twice from lag 1 on
     int shift = 0;
   };
   /// What a prediction leaves of a frame: value / 2^shift.

@@ -60,7 +60,8 @@ void VoiceActivity::Learn(const Filter& noiseFilter) noexcept {
   if (voice_ == 0) noiseFilter_ = noiseFilter;
 }
 
-// Whether the four lags are multiples of one.
+// Whether the four lags are multiples of one. Lags that are found hit one multiple at most; those
+// of the start are no pitch.
 bool VoiceActivity::HasPitch() const noexcept {
   const int least = std::ranges::min(lags_);
   int hits = 0;
@@ -72,13 +73,11 @@ bool VoiceActivity::HasPitch() const noexcept {
   return hits == static_cast<int>(lags_.size());
 }
 
-// The level follows the energy of the frame before the last, upwards only slowly.
+// The level follows the energy of the frame before, upwards only slowly.
 void VoiceActivity::Adapt(bool isVoice) noexcept {
   voice_ = std::clamp(voice_ + (isVoice ? 2 : -1), 0, kMostVoice);
-  if (level_ > energy_) {
-    level_ = LongAdd(LongSubtract(energy_, energy_ >> 2), level_ >> 2);
-  }
-  level_ = voice_ == 0 ? LongAdd(level_, level_ >> 5) : level_ - (level_ >> 11);
+  if (level_ > energy_) level_ = energy_ - (energy_ >> 2) + (level_ >> 2);
+  level_ += voice_ == 0 ? level_ >> 5 : -(level_ >> 11);
   level_ = std::clamp(level_, kLeastLevel, kMostLevel);
 }
 

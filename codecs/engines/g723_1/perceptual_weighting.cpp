@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "codecs/engines/g723_1/recursive_filter.h"
 #include "codecs/engines/g723_1/weighting_tables.h"
 #include "codecs/engines/sums_of_products.h"
 
@@ -35,28 +36,6 @@ Word WeightedSaturating(const WeightingFilter& filter, const Word* sample,
   return Round(LongShiftLeft(sum, 2));
 }
 
-// Weights up to a sample whose magnitude is above most. Sums are undoubled.
-// @return how many samples are weighted.
-std::size_t WeightPlainly(const WeightingFilter& filter, const Word* samples, Long most,
-                          Word* weighted) noexcept {
-  std::array<Long, kSubframeSamples> sums;
-  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    Long sum = kOne * samples[n] + kOne / 2;
-    for (std::size_t i = 0; i < kOrder; ++i) sum -= filter.zeros[i] * *(samples + n - 1 - i);
-    sums[n] = sum;
-  }
-  const Filter poles = filter.poles;  // a copy, which the weighted samples are known not to change
-  Long last = *(weighted - 1);
-  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    Long sum = sums[n];
-    for (std::size_t i = 1; i < kOrder; ++i) sum += poles[i] * *(weighted + n - 1 - i);
-    last = Saturate((sum + poles[0] * last) >> 13);
-    weighted[n] = static_cast<Word>(last);
-    if (last > most || last < -most) return n + 1;
-  }
-  return kSubframeSamples;
-}
-
 struct Match {
   Word correlation = 0;
   Word energy = 0;
@@ -83,14 +62,15 @@ WeightingFilter WeightingOf(const Filter& filter) noexcept {
 }
 
 void Weight(const WeightingFilter& filter, const Word* samples, Word* weighted) noexcept {
-  constexpr std::size_t kRead = kOrder + kSubframeSamples;
+  FilterSums sums;
+  std::transform(samples, samples + kSubframeSamples, sums.begin(),
+                 [](Word sample) { return sample * kOne; });
   const std::int64_t weights = kOne + SumOfMagnitudes(filter.zeros.data(), kOrder);
-  const std::int64_t rest = kSumLimit - weights * Peak(samples - kOrder, kRead);
-  // No sum saturates as long as no weighted sample is above this.
-  const std::int64_t most = rest / (SumOfMagnitudes(filter.poles.data(), kOrder) + 1);
+  const std::int64_t rest = kSumLimit - weights * Peak(samples - kOrder, kOrder + kSubframeSamples);
   std::size_t n = 0;
-  if (rest > 0 && Peak(weighted - kOrder, kOrder) <= most) {
-    n = WeightPlainly(filter, samples, static_cast<Long>(most), weighted);
+  if (rest > 0) {
+    SubtractPrediction(filter.zeros, samples, sums);
+    n = AddPrediction(filter.poles, MostSample(rest, filter.poles), sums, weighted);
   }
   for (; n < kSubframeSamples; ++n) {
     weighted[n] = WeightedSaturating(filter, samples + n, weighted + n);

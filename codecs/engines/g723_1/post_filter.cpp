@@ -9,9 +9,9 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <cstdlib>
 
 #include "codecs/engines/g723_1/arithmetic.h"
+#include "codecs/engines/g723_1/recursive_filter.h"
 #include "codecs/engines/g723_1/weighting_tables.h"
 #include "codecs/engines/sums_of_products.h"
 
@@ -36,13 +36,6 @@ Word Approach(Word last, Word next, int shift) noexcept {
   return static_cast<Word>(last + ((next - last + (1 << (shift - 1))) >> shift));
 }
 
-// What comes out of the poles, before it is rounded, Q13.
-using Sums = std::array<Long, kSubframeSamples>;
-constexpr int kSumShift = 13;
-constexpr Long kMostSum = (1 << 28) - 1;
-
-Word SampleOf(Long sum) noexcept { return Saturate((sum + 0x1000) >> kSumShift); }
-
 // Widened, to be less sharp than the synthesis.
 struct Weighted {
   Filter zeros;
@@ -50,7 +43,7 @@ struct Weighted {
 };
 
 // From a sample on. @param output  with kOrder samples before, receives the rest of the subframe.
-void RunSaturating(const Weighted& filter, const Word* speech, std::size_t first, Sums& sums,
+void RunSaturating(const Weighted& filter, const Word* speech, std::size_t first, FilterSums& sums,
                    Word* output) noexcept {
   for (std::size_t n = first; n < kSubframeSamples; ++n) {
     Long sum = Deposit(speech[n]) >> 2;
@@ -65,46 +58,19 @@ void RunSaturating(const Weighted& filter, const Word* speech, std::size_t first
   }
 }
 
-// No sum saturates as long as no output is above this; 0 or less where one may in any case.
-Long MostOutput(const Weighted& filter, const Word* speech) noexcept {
-  const Long speechWeight = (1 << kSumShift) + SumOfMagnitudes(filter.zeros.data(), kOrder);
-  const Long outputWeight = 1 + SumOfMagnitudes(filter.poles.data(), kOrder);
-  const std::int64_t speechPart =
-      std::int64_t{Peak(speech - kOrder, kOrder + kSubframeSamples)} * speechWeight;
-  return static_cast<Long>(
-      std::clamp<std::int64_t>((kSumLimit - 1 - speechPart) / outputWeight, -1, kMostWord));
-}
-
 // @param output  with kOrder samples before.
-void Run(const Weighted& filter, const Word* speech, Sums& sums, Word* output) noexcept {
-  const Long most = MostOutput(filter, speech);
-  if (Peak(output - kOrder, kOrder) > most) {
-    RunSaturating(filter, speech, 0, sums, output);
-    return;
+void Run(const Weighted& filter, const Word* speech, FilterSums& sums, Word* output) noexcept {
+  constexpr Long kOne = 1 << kFilterSumShift;
+  const std::int64_t weights = kOne + SumOfMagnitudes(filter.zeros.data(), kOrder);
+  const std::int64_t rest = kSumLimit - weights * Peak(speech - kOrder, kOrder + kSubframeSamples);
+  std::size_t first = 0;
+  if (rest > 0) {
+    std::transform(speech, speech + kSubframeSamples, sums.begin(),
+                   [](Word sample) { return sample * kOne; });
+    SubtractPrediction(filter.zeros, speech, sums);
+    first = AddPrediction(filter.poles, MostSample(rest, filter.poles), sums, output);
   }
-  for (std::size_t n = 0; n < kSubframeSamples; ++n) sums[n] = speech[n] * (1 << kSumShift);
-  for (std::size_t i = 0; i < kOrder; ++i) {
-    const Word* const delayed = speech - 1 - i;
-    for (std::size_t n = 0; n < kSubframeSamples; ++n) sums[n] -= filter.zeros[i] * delayed[n];
-  }
-  // In registers: vectors of outputs that were stored right before would be slow.
-  std::array<Long, kOrder> past;
-  for (std::size_t i = 0; i < kOrder; ++i) past[i] = *(output - 1 - i);
-  for (std::size_t n = 0; n < kSubframeSamples; ++n) {
-    Long sum = sums[n];
-    for (std::size_t i = kOrder; i-- > 0;) sum += filter.poles[i] * past[i];
-    const Long sample = (sum + 0x1000) >> kSumShift;
-    if (std::abs(sample) > most) {
-      sums[n] = std::clamp(sum, -kMostSum - 1, kMostSum);
-      output[n] = Saturate(sample);
-      RunSaturating(filter, speech, n + 1, sums, output);
-      return;
-    }
-    sums[n] = sum;
-    output[n] = static_cast<Word>(sample);
-    for (std::size_t i = kOrder - 1; i > 0; --i) past[i] = past[i - 1];
-    past[0] = sample;
-  }
+  RunSaturating(filter, speech, first, sums, output);
 }
 
 // The gain from an output's energy to a target's, Q12.
@@ -146,7 +112,7 @@ void PostFilter::SharpenFormants(const g723_1::Filter& filter, Word tilt, const 
   std::array<Word, kOrder + kSubframeSamples> output;
   std::ranges::copy(poles_, output.begin());
   Word* const begin = output.data() + kOrder;
-  Sums sums;
+  FilterSums sums;
   Run({Weight(filter, kPostFilterZeros), Weight(filter, kPostFilterPoles)}, speech, sums, begin);
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
     // The tilt is a multiple of 4: to have the product in Q13 loses nothing.

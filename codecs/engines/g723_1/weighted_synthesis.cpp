@@ -9,6 +9,7 @@
 #include <cstddef>
 #include <cstdint>
 
+#include "codecs/engines/g723_1/recursive_filter.h"
 #include "codecs/engines/sums_of_products.h"
 
 namespace Quorvex::g723_1 {
@@ -47,58 +48,28 @@ void RunSaturating(const SubframeFilters& filters, const Subframe& excitation, i
   }
 }
 
-// Undoubled sums, Q13.
-using Sums = std::array<Long, kSubframeSamples>;
-
-constexpr int kOneShift = 13;
-constexpr Long kHalf = 1 << (kOneShift - 1);
-
-// The largest sample by which a filter does not put more than the rest into a sum.
-Long MostSample(std::int64_t rest, const Filter& filter) noexcept {
-  const std::int64_t most = rest / (SumOfMagnitudes(filter.data(), kOrder) + 1);
-  return static_cast<Long>(std::min<std::int64_t>(most, kMostWord));
-}
-
-// What the first and the last filter do: sums become samples, and what is predicted of these is put
-// into the sums.
-// @return the largest magnitude, also of the memory. If it is above most, all is worthless.
-Long Recur(const Filter& filter, Long most, Sums& sums, Word* samples) noexcept {
-  Long peak = Peak(samples - kOrder, kOrder);
-  Long last = *(samples - 1);
-  for (std::size_t n = 0; n < kSubframeSamples && peak <= most; ++n) {
-    Long sum = sums[n];
-    for (std::size_t i = kOrder; i > 1; --i) sum += filter[i - 1] * *(samples + n - i);
-    sum += filter[0] * last;
-    last = (sum + kHalf) >> kOneShift;
-    peak = std::max(peak, last < 0 ? -last : last);
-    sums[n] = sum;
-    samples[n] = static_cast<Word>(last);
-  }
-  return peak;
-}
-
 // The same without any operation that saturates: undoubled sums stay below kSumLimit.
 // @return false if it cannot be done.
 bool RunPlainly(const SubframeFilters& filters, const Subframe& excitation, int rise,
                 Signals& signals) noexcept {
-  Sums sums;
+  constexpr Long kHalf = 1 << (kFilterSumShift - 1);
+  FilterSums sums;
   std::ranges::transform(excitation, sums.begin(), [](Word sample) { return sample * kHalf; });
   const Long peakExcitation = Peak(excitation.data(), kSubframeSamples);
   const Long most = MostSample(kSumLimit - peakExcitation * kHalf, filters.synthesis);
-  const Long peak = Recur(filters.synthesis, most, sums, signals.Synthesized());
-  if (peak > most) return false;
+  Word* const synthesized = signals.Synthesized();
+  if (AddPrediction(filters.synthesis, most, sums, synthesized) < kSubframeSamples) return false;
 
   const Filter& zeros = filters.weighting.zeros;
-  const std::int64_t weights = (1 << kOneShift) + SumOfMagnitudes(zeros.data(), kOrder);
+  const std::int64_t weights = (1 << kFilterSumShift) + SumOfMagnitudes(zeros.data(), kOrder);
+  const std::int64_t peak = Peak(synthesized - kOrder, kOrder + kSubframeSamples);
   const std::int64_t rest = kSumLimit - ((weights * (peak + 1)) << rise);
   if (rest < 0) return false;
-  for (std::size_t i = 0; i < kOrder; ++i) {
-    const Word* const delayed = signals.Synthesized() - 1 - i;
-    for (std::size_t n = 0; n < kSubframeSamples; ++n) sums[n] -= zeros[i] * delayed[n];
-  }
+  SubtractPrediction(zeros, synthesized, sums);
   for (Long& sum : sums) sum *= 1 << rise;
-  const Long mostWeighted = MostSample(rest, filters.weighting.poles);
-  return Recur(filters.weighting.poles, mostWeighted, sums, signals.Weighted()) <= mostWeighted;
+  const Filter& poles = filters.weighting.poles;
+  return AddPrediction(poles, MostSample(rest, poles), sums, signals.Weighted()) ==
+         kSubframeSamples;
 }
 
 // The first two filters.

@@ -54,6 +54,13 @@ struct EngineInfo {
   int mostStreamBytes;    ///< the largest coded frame
   int bitRateCount;
 
+  /// Length of a coded frame at a bit rate: that of a frame's samples, rounded up to whole bytes.
+  constexpr std::size_t FrameBytes(int bitRate) const noexcept {
+    const long long samples = pcmFrameBytes / (bitsPerSample / 8);
+    const long long bits = samples * bitRate;
+    const long long bitsOfByte = 8LL * samplingFrequency;
+    return static_cast<std::size_t>((bits + bitsOfByte - 1) / bitsOfByte);
+  }
   /// bit/s, in rising order.
   std::span<const int> BitRates() const noexcept {
     return {reinterpret_cast<const int*>(this + 1), static_cast<std::size_t>(bitRateCount)};
@@ -114,7 +121,7 @@ struct SpeechEngine {
   /// Bytes that come out of so many whole frames: PCM of a decoder, the coded frames of an encoder.
   /// 0 for a bit rate that the codec does not have.
   std::size_t (*OutputBytes)(const EngineOptions& options, std::size_t inputBytes) noexcept;
-  /// Bytes of the coded frame that begins with `firstByte`.
+  /// Bytes of the coded frame that begins with `firstByte`, which tells where frames differ.
   std::size_t (*FrameBytes)(int bitRate, unsigned char firstByte) noexcept;
 };
 

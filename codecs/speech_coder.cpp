@@ -19,14 +19,6 @@ constexpr SpeechCodec kCodecs[] = {
 };
 constexpr long kDefaultBitRate = 64000;
 
-// The samples of a PCM frame times bit/s over samples/s, in whole bytes: rounded up.
-std::size_t ComputeFrameBytes(const EngineInfo& info, int bitRate) noexcept {
-  const long long samples = info.pcmFrameBytes / (info.bitsPerSample / 8);
-  const long long bits = samples * bitRate;
-  const long long bitsOfByte = 8LL * info.samplingFrequency;
-  return static_cast<std::size_t>((bits + bitsOfByte - 1) / bitsOfByte);
-}
-
 // Null for a number that is no codec.
 const SpeechCodec* FindSpeechCodec(IPPCoder::CODEC codec) noexcept {
   const auto* const found = std::ranges::find(kCodecs, codec, &SpeechCodec::codec);
@@ -74,7 +66,7 @@ bool SpeechCoder::MakeCoder(long bitRate, EngineDirection direction) noexcept {
   if (engine_->Initialize(options_, banks_.Data(), &handle_) != EngineStatus::kOk) return false;
   frameSamples_ = static_cast<std::size_t>(info.pcmFrameBytes) / sizeof(short);
   frameBytes_ = codec_->frameBytes != 0 ? static_cast<std::size_t>(codec_->frameBytes)
-                                        : ComputeFrameBytes(info, options_.modes.bitRate);
+                                        : info.FrameBytes(options_.modes.bitRate);
   return true;
 }
 

@@ -116,7 +116,7 @@ class EngineRun {
 
   /// The last of these frames is not whole.
   void CheckOutputBytes() const {
-    const std::size_t coded = FrameBytes(0);
+    const std::size_t coded = info_->FrameBytes(modes_.bitRate);
     const auto pcm = static_cast<std::size_t>(info_->pcmFrameBytes);
     Require(engine_.OutputBytes(Options(EngineDirection::kDecode), 4 * coded - 1) == 3 * pcm);
     Require(engine_.OutputBytes(Options(EngineDirection::kEncode), 4 * pcm - 1) == 3 * coded);

@@ -122,7 +122,7 @@ class EngineFunctions {
 
   static std::size_t OutputBytes(const EngineOptions& options, std::size_t inputBytes) noexcept {
     if (!HasBitRate(options.modes.bitRate)) return 0;
-    const std::size_t coded = Codec::FrameBytes(options.modes.bitRate, 0);
+    const std::size_t coded = Codec::kInfo.FrameBytes(options.modes.bitRate);
     constexpr auto kPCM = static_cast<std::size_t>(Codec::kInfo.pcmFrameBytes);
     return options.direction == EngineDirection::kDecode ? inputBytes / coded * kPCM
                                                          : inputBytes / kPCM * coded;

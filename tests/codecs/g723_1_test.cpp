@@ -111,6 +111,14 @@ TEST(G7231, EncodesAsFFmpegDoes) {
 
 TEST(G7231, FramesAreAsLongAsTheirTypesSay) {
   constexpr std::size_t kLengths[] = {24, 20, 4, 1};
+  Quorvex::EngineOptions options;
+  for (const std::size_t type : {0U, 1U}) {
+    options.modes.bitRate = type == 0 ? 6300 : 5300;
+    options.direction = Quorvex::EngineDirection::kEncode;
+    EXPECT_EQ(Engine().OutputBytes(options, 3 * 2 * kFrame), 3 * kLengths[type]);
+    options.direction = Quorvex::EngineDirection::kDecode;
+    EXPECT_EQ(Engine().OutputBytes(options, 3 * kLengths[type]), 3 * 2 * kFrame);
+  }
   const Decoder decoder;
   short samples[kFrame];
   EXPECT_EQ(decoder.coder.Decode({}, samples), EngineStatus::kBadFrame);

@@ -106,8 +106,8 @@ ComfortNoise::Half ComfortNoise::DrawPulses(std::size_t half, unsigned bits) noe
     auto left = static_cast<unsigned>(places.size());
     for (std::size_t pulse = 0; pulse < kPulses[2 * half + i]; ++pulse, --left, signs >>= 1) {
       unsigned char& place = places[Random(left)];
-      pulses[i * kSubframeSamples + 2U * place + (bits >> i & 1)] =
-          (signs & 1) != 0 ? kPulse : -kPulse;
+      const std::size_t begin = i * kSubframeSamples + (bits >> i & 1);
+      pulses[begin + std::size_t{2} * place] = (signs & 1) != 0 ? kPulse : -kPulse;
       place = places[left - 1];
     }
   }

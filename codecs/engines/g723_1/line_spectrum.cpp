@@ -49,9 +49,10 @@ bool Separate(LineSpectrum& spectrum, Word distance) noexcept {
 
 LineSpectrum Reconstruct(unsigned index, const LineSpectrum& last, Word prediction,
                          Word distance) noexcept {
+  constexpr std::array<int, kBands.size()> kShifts = {16, 8, 0};
   LineSpectrum spectrum;
   for (std::size_t band = 0; band < kBands.size(); ++band) {
-    const BandVector& vector = kBandCodebooks[band][(index >> (8 * (2 - band))) & 0xFF];
+    const BandVector& vector = kBandCodebooks[band][(index >> kShifts[band]) & 0xFF];
     for (std::size_t i = 0; i < kBands[band].count; ++i) {
       const std::size_t j = kBands[band].first + i;
       const Word expected = MultiplyRounded(Subtract(last[j], kMeanSpectrum[j]), prediction);

@@ -62,7 +62,7 @@ LineSpectrum Reconstruct(unsigned index, const LineSpectrum& last, Word predicti
   return Separate(spectrum, distance) ? spectrum : last;
 }
 
-// -cos of a frequency, Q14, interpolated. One that was moved below 0 or above 4 kHz has one too.
+// -cos of a frequency, Q15, interpolated. One that was moved below 0 or above 4 kHz has one too.
 Word NegativeCosine(Word frequency) noexcept {
   const auto place = static_cast<std::size_t>((frequency >> 7) & 0x1FF);
   const auto fraction = static_cast<Word>(((frequency & 0x7F) << 8) + 0x80);

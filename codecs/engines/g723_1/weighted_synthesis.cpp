@@ -63,6 +63,7 @@ bool RunPlainly(const SubframeFilters& filters, const Subframe& excitation, int 
   const Filter& zeros = filters.weighting.zeros;
   const std::int64_t weights = (1 << kFilterSumShift) + SumOfMagnitudes(zeros.data(), kOrder);
   const std::int64_t peak = Peak(synthesized - kOrder, kOrder + kSubframeSamples);
+  // The second filter takes sums, which are up to half of one beside the samples made of them.
   const std::int64_t rest = kSumLimit - ((weights * (peak + 1)) << rise);
   if (rest < 0) return false;
   SubtractPrediction(zeros, synthesized, sums);

@@ -1,6 +1,6 @@
 // What the searches for pulses of ITU-T G.729 and G.723.1 have in common: a subframe's target,
-// correlated with a response that begins at each of its samples, and a response at a level that
-// correlations of it can be made at.
+// correlated with a response that begins at each of its samples, a response at a level that
+// correlations of it can be made at, and the responses of all pulses together.
 #pragma once
 
 #include <algorithm>
@@ -84,6 +84,16 @@ std::array<Word, kCount> Level(const std::array<Word, kCount>& response, Long en
   std::ranges::transform(response, level.begin(),
                          [shift](Word sample) { return ShiftLeft(sample, shift); });
   return level;
+}
+
+/// Adds a pulse's response to what pulses make. @param position  of the pulse.
+template <std::size_t kCount>
+void AddResponse(const std::array<Word, kCount>& response, std::size_t position, bool isNegative,
+                 std::array<Word, kCount>& filtered) noexcept {
+  for (std::size_t i = position; i < kCount; ++i) {
+    const Word sample = response[i - position];
+    filtered[i] = isNegative ? Subtract(filtered[i], sample) : Add(filtered[i], sample);
+  }
 }
 
 }  // namespace Quorvex::fixed_point

@@ -253,15 +253,6 @@ class Search {
   Choice best_;
 };
 
-// The pulses through the response.
-void AddResponse(const Subframe& response, std::size_t position, bool isNegative,
-                 Subframe& filtered) noexcept {
-  for (std::size_t i = position; i < kSubframeSamples; ++i) {
-    const Word sample = response[i - position];
-    filtered[i] = isNegative ? Subtract(filtered[i], sample) : Add(filtered[i], sample);
-  }
-}
-
 unsigned GainFor(const Subframe& target, Subframe filtered) noexcept {
   for (Word& sample : filtered) sample = ShiftRight(sample, 3);
   const Long common = Correlate(target.data(), filtered.data(), filtered.size());

@@ -60,7 +60,7 @@ void Encoder::Weight(Analysis& analysis) noexcept {
   for (std::size_t i = 0; i < kSubframes; ++i) {
     const std::size_t begin = i * kSubframeSamples;
     analysis.weighting[i] = WeightingOf(analysis.filters[i]);
-    g723_1::Weight(analysis.weighting[i], &samples_[kFrameBegin + begin],
+    FilterFormants(analysis.weighting[i], &samples_[kFrameBegin + begin],
                    &weighted_[kExcitationHistory + begin]);
   }
 

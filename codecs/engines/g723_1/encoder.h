@@ -48,7 +48,7 @@ class Encoder {
     Filters filters;  ///< of the windows
     bool isSine = false;
     std::array<int, kHalves> lags = {};  ///< open-loop
-    std::array<WeightingFilter, kSubframes> weighting;
+    std::array<FormantFilter, kSubframes> weighting;
     std::array<HarmonicFilter, kSubframes> harmonics;
   };
 

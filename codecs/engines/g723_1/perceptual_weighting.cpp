@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "codecs/engines/g723_1/recursive_filter.h"
 #include "codecs/engines/g723_1/weighting_tables.h"
 #include "codecs/engines/sums_of_products.h"
 
@@ -20,21 +19,6 @@ constexpr int kLagRange = 3;
 constexpr std::size_t kLags = 2 * kLagRange + 1;
 
 constexpr Word kMostGain = 0x2800;  // 0.3125
-
-constexpr Long kOne = 0x2000;  // of the weighting filter
-
-// @param sample  with kOrder before. @param weighted  with kOrder before.
-Word WeightedSaturating(const WeightingFilter& filter, const Word* sample,
-                        const Word* weighted) noexcept {
-  Long sum = LongMultiply(*sample, kOne);
-  for (std::size_t i = 0; i < kOrder; ++i) {
-    sum = MultiplySubtract(sum, filter.zeros[i], *(sample - 1 - i));
-  }
-  for (std::size_t i = 0; i < kOrder; ++i) {
-    sum = MultiplyAdd(sum, filter.poles[i], *(weighted - 1 - i));
-  }
-  return Round(LongShiftLeft(sum, 2));
-}
 
 struct Match {
   Word correlation = 0;
@@ -52,29 +36,8 @@ Word GainOf(const Match& match, Word targetEnergy) noexcept {
 
 }  // namespace
 
-WeightingFilter WeightingOf(const Filter& filter) noexcept {
-  WeightingFilter weighting;
-  for (std::size_t i = 0; i < kOrder; ++i) {
-    weighting.zeros[i] = MultiplyRounded(filter[i], kWeightingZeros[i]);
-    weighting.poles[i] = MultiplyRounded(filter[i], kWeightingPoles[i]);
-  }
-  return weighting;
-}
-
-void Weight(const WeightingFilter& filter, const Word* samples, Word* weighted) noexcept {
-  FilterSums sums;
-  std::transform(samples, samples + kSubframeSamples, sums.begin(),
-                 [](Word sample) { return sample * kOne; });
-  const std::int64_t weights = kOne + SumOfMagnitudes(filter.zeros.data(), kOrder);
-  const std::int64_t rest = kSumLimit - weights * Peak(samples - kOrder, kOrder + kSubframeSamples);
-  std::size_t n = 0;
-  if (rest > 0) {
-    SubtractPrediction(filter.zeros, samples, sums);
-    n = AddPrediction(filter.poles, MostSample(rest, filter.poles), sums, weighted);
-  }
-  for (; n < kSubframeSamples; ++n) {
-    weighted[n] = WeightedSaturating(filter, samples + n, weighted + n);
-  }
+FormantFilter WeightingOf(const Filter& filter) noexcept {
+  return FormantFilterOf(filter, kWeightingZeros, kWeightingPoles);
 }
 
 HarmonicFilter HarmonicsOf(const Word* samples, int halfLag) noexcept {

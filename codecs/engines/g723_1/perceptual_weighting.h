@@ -2,22 +2,16 @@
 #pragma once
 
 #include "codecs/engines/fixed_point.h"
+#include "codecs/engines/g723_1/formant_filter.h"
 #include "codecs/engines/g723_1/frame.h"
 
 namespace Quorvex::g723_1 {
 
-/// (1 - zeros) / (1 - poles).
-struct WeightingFilter {
-  Filter zeros = {};
-  Filter poles = {};
-};
-/// @param filter  of the subframe's own samples, as it was found, not as it is sent.
-WeightingFilter WeightingOf(const Filter& filter) noexcept;
-/// Weights a subframe. @param samples  with kOrder before. @param weighted  with kOrder before.
-void Weight(const WeightingFilter& filter, const fixed_point::Word* samples,
-            fixed_point::Word* weighted) noexcept;
+/// The first part. @param filter  of the subframe's own samples, as it was found, not as it is
+/// sent.
+FormantFilter WeightingOf(const Filter& filter) noexcept;
 
-/// 1 - gain x what is a lag before.
+/// The second part: 1 - gain x what is a lag before.
 struct HarmonicFilter {
   int lag = kLeastLag;
   fixed_point::Word gain = 0;  ///< Q15

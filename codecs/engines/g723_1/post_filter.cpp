@@ -1,8 +1,6 @@
 // The signal path:
 //
 //     speech -> A(z/0.65) -> 1 / A(z/0.75) -> tilt -> level of the speech, x 2
-//
-// Sums are undoubled where they are known not to saturate (sums_of_products.h).
 #include "codecs/engines/g723_1/post_filter.h"
 
 #include <algorithm>
@@ -11,6 +9,7 @@
 #include <cstdint>
 
 #include "codecs/engines/g723_1/arithmetic.h"
+#include "codecs/engines/g723_1/formant_filter.h"
 #include "codecs/engines/g723_1/recursive_filter.h"
 #include "codecs/engines/g723_1/weighting_tables.h"
 #include "codecs/engines/sums_of_products.h"
@@ -23,54 +22,9 @@ namespace {
 
 constexpr Word kTilt = -16384;  // of half the reflection: -0.25, Q15
 
-Filter Weight(const Filter& filter, const Filter& weights) noexcept {
-  Filter weighted;
-  for (std::size_t i = 0; i < kOrder; ++i) {
-    weighted[i] = MultiplyRounded(filter[i], weights[i]);
-  }
-  return weighted;
-}
-
 // A step of 1 / 2^shift of the way, rounded.
 Word Approach(Word last, Word next, int shift) noexcept {
   return static_cast<Word>(last + ((next - last + (1 << (shift - 1))) >> shift));
-}
-
-// Widened, to be less sharp than the synthesis.
-struct Weighted {
-  Filter zeros;
-  Filter poles;
-};
-
-// From a sample on. @param output  with kOrder samples before, receives the rest of the subframe.
-void RunSaturating(const Weighted& filter, const Word* speech, std::size_t first, FilterSums& sums,
-                   Word* output) noexcept {
-  for (std::size_t n = first; n < kSubframeSamples; ++n) {
-    Long sum = Deposit(speech[n]) >> 2;
-    for (std::size_t i = 0; i < kOrder; ++i) {
-      sum = MultiplySubtract(sum, filter.zeros[i], *(speech + n - 1 - i));
-    }
-    for (std::size_t i = 0; i < kOrder; ++i) {
-      sum = MultiplyAdd(sum, filter.poles[i], *(output + n - 1 - i));
-    }
-    sums[n] = LongShiftLeft(sum, 2) >> 3;
-    output[n] = SampleOf(sums[n]);
-  }
-}
-
-// @param output  with kOrder samples before.
-void Run(const Weighted& filter, const Word* speech, FilterSums& sums, Word* output) noexcept {
-  constexpr Long kOne = 1 << kFilterSumShift;
-  const std::int64_t weights = kOne + SumOfMagnitudes(filter.zeros.data(), kOrder);
-  const std::int64_t rest = kSumLimit - weights * Peak(speech - kOrder, kOrder + kSubframeSamples);
-  std::size_t first = 0;
-  if (rest > 0) {
-    std::transform(speech, speech + kSubframeSamples, sums.begin(),
-                   [](Word sample) { return sample * kOne; });
-    SubtractPrediction(filter.zeros, speech, sums);
-    first = AddPrediction(filter.poles, MostSample(rest, filter.poles), sums, output);
-  }
-  RunSaturating(filter, speech, first, sums, output);
 }
 
 // The gain from an output's energy to a target's, Q12.
@@ -112,8 +66,8 @@ void PostFilter::SharpenFormants(const g723_1::Filter& filter, Word tilt, const 
   std::array<Word, kOrder + kSubframeSamples> output;
   std::ranges::copy(poles_, output.begin());
   Word* const begin = output.data() + kOrder;
-  FilterSums sums;
-  Run({Weight(filter, kPostFilterZeros), Weight(filter, kPostFilterPoles)}, speech, sums, begin);
+  const FilterSums sums =
+      FilterFormants(FormantFilterOf(filter, kPostFilterZeros, kPostFilterPoles), speech, begin);
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
     // The tilt is a multiple of 4: to have the product in Q13 loses nothing.
     filtered[n] = SampleOf(sums[n] + *(begin + n - 1) * (tilt >> 2));

@@ -5,6 +5,7 @@
 #include <array>
 
 #include "codecs/engines/fixed_point.h"
+#include "codecs/engines/g723_1/formant_filter.h"
 #include "codecs/engines/g723_1/frame.h"
 #include "codecs/engines/g723_1/perceptual_weighting.h"
 
@@ -12,7 +13,7 @@ namespace Quorvex::g723_1 {
 
 struct SubframeFilters {
   Filter synthesis = {};  ///< as it is sent
-  WeightingFilter weighting;
+  FormantFilter weighting;
   HarmonicFilter harmonics;
 };
 

@@ -243,14 +243,6 @@ unsigned PositionsOf(const std::array<std::size_t, kPulses>& ranks) noexcept {
   return static_cast<unsigned>((bits & 0x1FF) | last << 9 | (bits >> 9) << 10);
 }
 
-void AddResponse(const Subframe& response, std::size_t position, bool isNegative,
-                 Subframe& filtered) noexcept {
-  for (std::size_t i = position; i < kSubframeSamples; ++i) {
-    const Word sample = response[i - position];
-    filtered[i] = isNegative ? Subtract(filtered[i], sample) : Add(filtered[i], sample);
-  }
-}
-
 }  // namespace
 
 FixedCode SearchFixedCode(const Subframe& target, const Subframe& response) noexcept {

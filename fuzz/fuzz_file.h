@@ -37,15 +37,13 @@ inline std::string FileOf(const std::uint8_t* data, std::size_t size, const char
 /// What a reader's estimate of the length is held to.
 enum class Length {
   kKnown,     // the frames that are read, give or take the part of a frame at the end
-  kMost,      // no less: what the file tells is believed when it is likely
   kEstimate,  // anything: the file tells it in one place and has its audio in others
 };
 
 /// Asks every question and reads to the end, past failures, with the channels chosen by `choice`.
 /// Every sample is touched, so that a sanitizer sees a block that is too short.
-/// @return false for a file of so many frames that it was left before its end: a byte of G.723.1
-/// may
-///         be 240 of them, which takes half a millisecond.
+/// @return false for a file that was left before its end, having too many frames: a byte of G.723.1
+///         may be 240 of them.
 inline bool Exercise(Quorvex::CMediaFile& file, std::uint8_t choice, Length length) {
   using namespace Quorvex;
   constexpr int kMostFailures = 100;
@@ -80,7 +78,6 @@ inline bool Exercise(Quorvex::CMediaFile& file, std::uint8_t choice, Length leng
   if (length == Length::kEstimate || isRefused) return true;
   // Its arithmetic may be one millisecond short.
   if (frames * 1000 / frequency > estimate + 1) std::abort();
-  if (length == Length::kMost) return true;
   if (estimate > (frames + 1) * 1000 / frequency) std::abort();
   return true;
 }

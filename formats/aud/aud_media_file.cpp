@@ -213,17 +213,6 @@ bool IsToldRightly(const Source& source, std::uint64_t inData, std::size_t coded
          inData - *source.toldFrames < codedFrame;
 }
 
-// How many samples mixed frames have. Where the file tells as many as frames of the length in its
-// header make, and begins with such a one, the others are not looked at.
-std::uint64_t CountMixed(const Source& source, HeaderReader& reader) {
-  const std::size_t length = source.coding->blockAlign;
-  const std::uint64_t likely = source.size * (kMixedFrameSamples / length);
-  unsigned char first = 0;
-  const bool isLikely = reader.Read(source.offset, &first, 1) && MixedFrameBytes(first) == length;
-  if (isLikely && IsToldRightly(source, likely, kMixedFrameSamples)) return likely;
-  return CountMixedSamples(reader, source.offset, source.size);
-}
-
 QVERRORCODE_TAG CInputAUDMediaFileImpl::ReadHeader(const wchar_t* path, HeaderReader& reader,
                                                    UnitAudio& audio) {
   Source source;
@@ -244,7 +233,7 @@ QVERRORCODE_TAG CInputAUDMediaFileImpl::ReadHeader(const wchar_t* path, HeaderRe
   unitFrames_ = audio.unitFrames;
   const bool isToTheEnd = source.size == UnitLayout::kToTheEnd;
   const std::uint64_t bytes = isToTheEnd ? reader.Size() : source.size;
-  std::uint64_t frames = coding_->isMixed ? CountMixed(source, reader)
+  std::uint64_t frames = coding_->isMixed ? CountMixedSamples(reader, source.offset, source.size)
                                           : bytes / audio.layout.unitBytes * audio.unitFrames;
   const std::size_t codedFrame = coding_->IsFramed() ? decoders_.FrameSamples() : 1;
   if (IsToldRightly(source, frames, codedFrame)) frames = audio.frames = *source.toldFrames;

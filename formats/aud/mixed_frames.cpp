@@ -6,9 +6,6 @@
 namespace Quorvex {
 namespace {
 
-// So that no sparse file of terabytes keeps whoever opens it waiting.
-constexpr std::uint64_t kMostCountedBytes = std::uint64_t{256} << 20;
-
 // 240 is a multiple of every length.
 std::uint64_t SamplesOf(std::uint64_t bytes, std::size_t length) noexcept {
   return bytes * (kMixedFrameSamples / length);
@@ -35,16 +32,24 @@ bool MixedFrames::Next(std::span<const unsigned char>& block, MixedFrame& frame)
 
 std::uint64_t CountMixedSamples(HeaderReader& reader, std::uint64_t offset,
                                 std::uint64_t bytes) noexcept {
+  const std::uint64_t inFile = reader.Size() - std::min(reader.Size(), offset);
+  const std::uint64_t counted = std::min({bytes, inFile, kMostCountedMixedBytes});
+  unsigned char piece[HeaderReader::kLargestRead];
   std::uint64_t samples = 0;
-  std::uint64_t position = 0;
-  const std::uint64_t counted = std::min(bytes, kMostCountedBytes);
-  unsigned char first = 0;
-  while (position < counted && reader.Read(offset + position, &first, 1)) {
-    const std::size_t length = MixedFrameBytes(first);
-    const std::uint64_t taken = std::min<std::uint64_t>(length, bytes - position);
-    samples += SamplesOf(taken, length);
-    position += taken;
+  std::uint64_t position = 0;  // of a frame
+  std::size_t length = 0;      // of the one before
+  while (position < counted) {
+    const auto size =
+        static_cast<std::size_t>(std::min<std::uint64_t>(counted - position, sizeof piece));
+    if (!reader.Read(offset + position, piece, size)) break;
+    std::size_t next = 0;
+    for (; next < size; next += length) {
+      length = MixedFrameBytes(piece[next]);
+      samples += kMixedFrameSamples;
+    }
+    position += next;
   }
+  if (position > bytes) return samples - SamplesOf(position - bytes, length);
   return samples + SamplesOf(bytes - position, g723_1::kMostFrameBytes);
 }
 

@@ -52,8 +52,12 @@ inline std::size_t MixedFrameBytes(unsigned char firstByte) noexcept {
   return g723_1::BytesOf(g723_1::TypeOf(firstByte));
 }
 
-/// Counts the samples of a stream in a file, a frame at a time: that reads all of it. What is
-/// beyond 256 MiB, 93 hours, or cannot be read, counts as frames of 24 bytes.
+/// So much of a stream is counted, 93 hours at 6.3 kbit/s, so that no sparse file of terabytes
+/// keeps whoever opens it waiting.
+inline constexpr std::uint64_t kMostCountedMixedBytes = std::uint64_t{256} << 20;
+
+/// Counts the samples of a stream in a file, which reads all of it. What is beyond
+/// kMostCountedMixedBytes or the end of the file, or cannot be read, counts as frames of 24 bytes.
 /// @param offset  where the stream begins, in bytes.
 /// @param bytes   the size of the stream.
 std::uint64_t CountMixedSamples(HeaderReader& reader, std::uint64_t offset,

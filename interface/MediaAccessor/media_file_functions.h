@@ -29,12 +29,12 @@
 //                 or of two whose frames alternate, always at 8,000 Hz. It also takes G.723.1
 //                 (tags 0x22 and 0x42 with a block align of 20 or 24 bytes) of one channel, always
 //                 at 8,000 Hz, whose frames of 24, 20, 4 and 1 bytes may be mixed; its blocks are
-//                 about 120 bytes of the file. The last frame of both ends where the "fact" chunk
-//                 says, if that is within it. A G.723.1 file without such a chunk is read through
-//                 when it is opened, 256 MiB at most, for its length. A RIFF/WAVE file under the
-//                 other extensions is read by its header, too. QVERR_BAD_FORMAT for any other
-//                 coding, also the one of tag 0x22 with 32 bytes; QVERR_NOT_LICENSED for G.729A and
-//                 G.723.1 where they may not be used (library.h).
+//                 about 120 bytes of the file. Such a file is read through when it is opened, for
+//                 its length; what is beyond 256 MiB counts as frames of 24 bytes. The last frame
+//                 of both ends where the "fact" chunk says, if that is within it. A RIFF/WAVE file
+//                 under the other extensions is read by its header, too. QVERR_BAD_FORMAT for any
+//                 other coding, also the one of tag 0x22 with 32 bytes; QVERR_NOT_LICENSED for
+//                 G.729A and G.723.1 where they may not be used (library.h).
 //     .au         Sun AU. Blocks of up to 1,024 frames. The audio runs to the end of the file,
 //                 whatever size the header tells. Each sample is multiplied by 1 / channels, then
 //                 rounded half away from zero and limited to 16 bits: a file of two channels is

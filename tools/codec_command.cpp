@@ -140,9 +140,9 @@ int Refuse(const CodecOptions& options, const std::string& why, ExitCode code = 
 constexpr const char* kAbsent = "this codec is not in the library";
 
 // Gives a decoder of G.723.1 its frames one by one.
-class MixedFrames {
+class FrameByFrame {
  public:
-  explicit MixedFrames(IPPDecoder& decoder) : decoder_(decoder) {}
+  explicit FrameByFrame(IPPDecoder& decoder) : decoder_(decoder) {}
 
   /// @param block  any bytes of the stream; none at its end.
   QVERRORCODE_TAG Decode(std::span<const unsigned char> block) {
@@ -156,10 +156,8 @@ class MixedFrames {
   }
 
  private:
-  // ipp_decoder.h tells it.
   static std::size_t LengthOf(unsigned char firstByte) {
-    constexpr std::size_t kLengths[] = {24, 20, 4, 1};
-    return kLengths[firstByte & 3];
+    return static_cast<std::size_t>(IPPCoder::G7231FrameBytes(firstByte));
   }
   QVERRORCODE_TAG DecodeFrame() {
     const QVERRORCODE_TAG result =
@@ -181,7 +179,7 @@ int Decode(const CodecOptions& options, const Codec& codec, long bitRate) {
   const auto frame = static_cast<std::uint32_t>(decoder->GetCompressedFrameBytes());
   const double seconds =
       static_cast<double>(decoder->SamplesForBytes(frame)) / decoder->GetCodecSampleRate();
-  MixedFrames mixed(*decoder);
+  FrameByFrame mixed(*decoder);
   return Run(options, {kMostBlock / frame * frame, frame / seconds}, sink, [&](auto block) {
     if (codec.isMixed) return mixed.Decode(block);
     return decoder->Decode(block.data(), static_cast<std::uint32_t>(block.size()));

@@ -166,8 +166,8 @@ void AddCodec(CLI::App& app, int& exitCode) {
   command
       ->add_option("--codec", options->codec,
                    "g729a; g729a-headered: a byte before each frame; g723-53, g723-63: G.723.1\n"
-                   "at 5.3 and 6.3 kbit/s, either of which decodes both; g722, g722-1: decoded\n"
-                   "only")
+                   "coded at 5.3 or 6.3 kbit/s, either decodes any of its frames; g722, g722-1:\n"
+                   "decoded only")
       ->required()
       ->check(CLI::IsMember(CodecNames()))
       ->type_name("CODEC");

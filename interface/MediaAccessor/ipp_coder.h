@@ -24,6 +24,13 @@ class MEDIA_ACCESSOR_API IPPCoder {
     G722_1 = 6,  ///< 24,000 or 32,000 bit/s: frames of 60 or 80 bytes for 320 samples
   };
 
+  /// Length in bytes of the frame of G.723.1 that begins with this byte: 24, 20, 4 or 1. For
+  /// streams in which they differ, see ipp_decoder.h.
+  static constexpr int G7231FrameBytes(unsigned char firstByte) noexcept {
+    constexpr int kBytes[] = {24, 20, 4, 1};
+    return kBytes[firstByte & 3];
+  }
+
   /// Whether a codec may be used: the decision that library.h describes, on the feature "G729" for
   /// the two of G.729A and on "TrueSpeech" for the two of G.723.1. The others need no licence.
   /// @return false also for a number that is no codec. Whether the codec is there is another

@@ -11,10 +11,10 @@ namespace Quorvex {
 /// Decodes a stream of frames that all have the same size.
 ///
 /// The two low bits of the first byte of a G.723.1 frame tell its true size: 0 is 24 bytes (6,300
-/// bit/s), 1 is 20 (5,300 bit/s), 2 is 4 (silence), 3 is 1 (silence goes on). Where they alternate,
-/// make a decoder for G723_1_63 and give it each frame in a Decode of its own, which fills it up to
-/// 24 bytes and looks at the true ones. The decoder for G723_1_53 does the same with frames of up
-/// to 20 bytes, and refuses those of 24.
+/// bit/s), 1 is 20 (5,300 bit/s), 2 is 4 (silence), 3 is 1 (silence goes on): see
+/// IPPCoder::G7231FrameBytes. Where they alternate, make a decoder for G723_1_63 and give it each
+/// frame in a Decode of its own, which fills it up to 24 bytes and looks at the true ones. The
+/// decoder for G723_1_53 does the same with frames of up to 20 bytes, and refuses those of 24.
 ///
 /// Calling order: create, SetSink, if wanted SetKeepTail and EnableErasureMarker, then Decode as
 /// often as there is data; Reset before a stream that has nothing to do with the one before. One
@@ -103,7 +103,8 @@ class MEDIA_ACCESSOR_API IPPDecoder {
   /// How many samples so many bytes of whole frames hold; a part of a frame does not count.
   virtual std::uint64_t SamplesForBytes(std::uint32_t bytes) const = 0;
 
-  /// From now on a frame whose first byte is 3 is silence.
+  /// From now on a frame whose first byte is 3 is silence. Not for G.723.1 with silence frames:
+  /// what goes on in one of those is a quiet noise.
   virtual void EnableErasureMarker() = 0;
 
  protected:

@@ -88,8 +88,7 @@ TEST(SpeechCodecs, G7231FramesOfAnyLengthAsFFmpegDecodesThem) {
   low->SetSink(&lowSink);
   std::vector<short> samples;
   for (std::size_t i = 0; i < frames.size();) {
-    constexpr std::uint32_t kLengths[] = {24, 20, 4, 1};
-    const std::uint32_t bytes = kLengths[frames[i] & 3U];
+    const auto bytes = static_cast<std::uint32_t>(IPPCoder::G7231FrameBytes(frames[i]));
     EXPECT_EQ(decoder->Decode(&frames[i], bytes), QVERR_OK);
     samples.insert(samples.end(), sink.pushes.back().begin(), sink.pushes.back().end());
     EXPECT_EQ(low->Decode(&frames[i], bytes), bytes == 24 ? QVERR_BAD_FORMAT : QVERR_OK) << bytes;

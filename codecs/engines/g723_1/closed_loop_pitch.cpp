@@ -140,20 +140,22 @@ std::array<PitchProducts, kMostLags> ProductsOfLags(int least, std::size_t count
 
 }  // namespace
 
-CodedPitch SearchPitch(FrameType type, std::size_t subframe, int halfLag, bool isSine,
-                       const Taming& taming, const Subframe& target, const Subframe& response,
-                       const Word* excitation) noexcept {
-  const bool choosesHalfLag = subframe % 2 == 0;
+CodedPitch SearchPitch(const PitchSearch& search, const Taming& taming, const Subframe& target,
+                       const Subframe& response, const Word* excitation) noexcept {
+  const bool choosesHalfLag = search.subframe % 2 == 0;
   // Its neighbours are lags that can be sent.
-  const int middle = choosesHalfLag ? std::clamp(halfLag, kLeastLag + 1, kMostLag - 2) : halfLag;
+  const int middle =
+      choosesHalfLag ? std::clamp(search.halfLag, kLeastLag + 1, kMostLag - 2) : search.halfLag;
   const int least = middle - 1;
   const std::size_t count = choosesHalfLag ? 3 : kMostLags;
-  const Taming::Rows allowed = taming.Allowed(least, least + static_cast<int>(count) - 1, isSine);
+  const Taming::Rows allowed =
+      taming.Allowed(least, least + static_cast<int>(count) - 1, search.isSine);
   const auto products = ProductsOfLags(least, count, target, response, excitation);
   PitchChoice best = {.lag = middle};
   for (std::size_t i = 0; i < count; ++i) {
     const int lag = least + static_cast<int>(i);
-    const bool hasShortLagGains = HasShortLagGains(type, choosesHalfLag ? lag : halfLag);
+    const bool hasShortLagGains =
+        HasShortLagGains(search.type, choosesHalfLag ? lag : search.halfLag);
     SearchPitchGains(lag, hasShortLagGains, hasShortLagGains ? allowed.shortLag : allowed.others,
                      products[i], best);
   }

@@ -13,12 +13,17 @@ struct CodedPitch {
   unsigned row;
 };
 
+/// The place of a search in its frame.
+struct PitchSearch {
+  FrameType type;        ///< kAtHighRate or kAtLowRate
+  std::size_t subframe;  ///< 0 to 3
+  int halfLag;           ///< of its half so far
+  bool isSine;           ///< the frame
+};
+
 /// Tries a few lags beside that of the half, with all rows of gains that are allowed.
-/// @param type        kAtHighRate or kAtLowRate.
-/// @param subframe    0 to 3. @param halfLag  of its half so far.
 /// @param excitation  begin of the subframe, with kExcitationHistory samples before.
-CodedPitch SearchPitch(FrameType type, std::size_t subframe, int halfLag, bool isSine,
-                       const Taming& taming, const Subframe& target, const Subframe& response,
-                       const fixed_point::Word* excitation) noexcept;
+CodedPitch SearchPitch(const PitchSearch& search, const Taming& taming, const Subframe& target,
+                       const Subframe& response, const fixed_point::Word* excitation) noexcept;
 
 }  // namespace Quorvex::g723_1

@@ -60,10 +60,9 @@ const PitchGainRow& PitchGains(bool hasShortLagGains, unsigned row) noexcept {
 }
 
 // Placements are numbered with those first that have a pulse at the first place, and in that order
-// from place to place.
+// from place to place. A number beyond the last placement steps over all places.
 Subframe MultipulseVector(std::size_t subframe, const SubframeIndices& indices) noexcept {
   Subframe vector = {};
-  if (indices.positions >= kPlacements[subframe]) return vector;
   auto rest = static_cast<Long>(indices.positions);
   std::size_t left = kPulses[subframe];
   const Word amplitude = kCodeGains[indices.codeGain];

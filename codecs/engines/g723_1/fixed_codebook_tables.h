@@ -2,17 +2,14 @@
 #pragma once
 
 #include <array>
-
 #include <cstddef>
+
 #include "codecs/engines/fixed_point.h"
 
 namespace Quorvex::g723_1 {
 
 /// Pulses of each subframe at 6.3 kbit/s, and of comfort noise.
 inline constexpr std::array<std::size_t, 4> kPulses = {6, 5, 6, 5};
-
-/// How many ways there are to place them: C(30, 6) and C(30, 5).
-inline constexpr std::array<unsigned, 4> kPlacements = {593775, 142506, 593775, 142506};
 
 /// C(29 - j, 5 - i) in row i and column j: so many placements have a pulse at place j when 6 - i
 /// pulses are to be placed from there on.

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <array>
-
 #include <cstddef>
+
 #include "codecs/engines/fixed_point.h"
 #include "codecs/engines/g723_1/frame.h"
 

@@ -2,8 +2,8 @@
 #pragma once
 
 #include <array>
-
 #include <cstddef>
+
 #include "codecs/engines/fixed_point.h"
 
 namespace Quorvex::g723_1 {

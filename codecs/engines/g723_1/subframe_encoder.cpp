@@ -50,7 +50,7 @@ void SubframeEncoder::Encode(std::size_t subframe, const Input& input, SearchBud
 
   int& halfLag = indices.halfLags[subframe / 2];
   SubframeIndices& coded = indices.subframes[subframe];
-  const CodedPitch pitch = SearchPitch(indices.type, subframe, halfLag, input.isSine, taming_,
+  const CodedPitch pitch = SearchPitch({indices.type, subframe, halfLag, input.isSine}, taming_,
                                        target, response, excitation);
   coded.pitchRow = pitch.row;
   if (subframe % 2 == 0) {

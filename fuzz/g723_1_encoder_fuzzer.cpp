@@ -1,7 +1,8 @@
 // The encoder of G.723.1 with any samples, in modes that change, and the decoder with its frames.
 //
-//     unused8 modes8 rate16 { switch8 modes8 sample16... }     of which raw samples are an input,
-//                                                              too
+//     unused8 modes8 rate16 { switch8 modes8 sample16... }
+//
+// Raw samples are such an input, too.
 #include <algorithm>
 
 #include "fuzz/fuzz_engine.h"

@@ -24,9 +24,10 @@ MEDIA_ACCESSOR_API QVERRORCODE_TAG InitializeMediaAccessorLibrary() noexcept;
 // The licence decision. G.729 Annex A, the feature "G729", and G.723.1, the feature "TrueSpeech",
 // are licensed speech codecs. Without a word from the host both may be used. The host has two ways
 // to say otherwise, each of which replaces what it said in the same way before; a feature is
-// permitted when neither speaks against it. Refused, a codec is not decoded, coded or written
-// (ipp_decoder.h, ipp_encoder.h, wav_file_writer.h); IPPCoder::IsLicensedCodec tells the decision,
-// which is taken anew every time. MediaAccessorRegistryClear() leaves it as it is.
+// permitted when neither speaks against it. Refused, a codec is not decoded, coded or written by
+// the library (ipp_decoder.h, ipp_encoder.h, wav_file_writer.h); codecs of the system or of FFmpeg
+// are not asked about. IPPCoder::IsLicensedCodec tells the decision, which is taken anew every
+// time. MediaAccessorRegistryClear() leaves it as it is.
 
 /// The same, with the name of a licensee and a key. Both together permit both features; one without
 /// the other is no licence and permits none; two empty texts take the word back. The key is not

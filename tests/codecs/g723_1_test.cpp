@@ -133,17 +133,50 @@ TEST(G7231, FramesAreAsLongAsTheirTypesSay) {
   }
 }
 
-// A frame whose lags, bits 26 and 35 on, are 7 bits of this.
-Bytes WithLag(Bytes frame, unsigned bit, unsigned lag) {
-  for (unsigned i = 0; i < 7; ++i, lag >>= 1) {
-    unsigned char& byte = frame[(bit + i) / 8];
-    const unsigned mask = 1U << (bit + i) % 8;
-    byte = static_cast<unsigned char>((lag & 1) != 0 ? byte | mask : byte & ~mask);
+// Bits of a frame, counted from the lowest one of its first byte on.
+struct Field {
+  unsigned bit;
+  unsigned bits;
+  unsigned value = 0;
+};
+
+Bytes With(Bytes frame, const std::vector<Field>& fields) {
+  for (const Field& field : fields) {
+    for (unsigned i = 0; i < field.bits; ++i) {
+      unsigned char& byte = frame[(field.bit + i) / 8];
+      const unsigned mask = 1U << (field.bit + i) % 8;
+      byte = static_cast<unsigned char>((field.value >> i & 1) != 0 ? byte | mask : byte & ~mask);
+    }
   }
   return frame;
 }
 
-TEST(G7231, AFrameWithALagThatThereIsNotCountsAsLost) {
+Field Lag(unsigned half, unsigned lag) { return {26 + 9 * half, 7, lag - 18}; }
+Field Gains(unsigned subframe, unsigned row, unsigned codeGain) {
+  return {44 + 12 * subframe, 12, 24 * row + codeGain};
+}
+
+TEST(G7231, AFrameThatNoEncoderMakesCountsAsLost) {
+  constexpr unsigned kPulseTrain = 2048;  // beside the gains of short lags
+  const struct {
+    std::vector<Field> fields;
+    bool isLost;
+  } cases[] = {{{Lag(0, 141)}, false},
+               {{Lag(0, 142)}, true},
+               {{Lag(0, 145)}, true},
+               {{Lag(1, 141)}, false},
+               {{Lag(1, 142)}, true},
+               {{Lag(1, 145)}, true},
+               {{Gains(0, 169, 23)}, false},
+               {{Gains(0, 170, 0)}, true},
+               {{Gains(3, 169, 23)}, false},
+               {{Gains(3, 170, 0)}, true},
+               {{Lag(0, 57), Gains(1, 84, 23)}, false},
+               {{Lag(0, 57), Gains(1, 85, 0)}, true},
+               {{Lag(1, 57), Gains(2, 84, kPulseTrain + 23)}, false},
+               {{Lag(1, 57), Gains(2, 85, kPulseTrain)}, true},
+               {{Lag(0, 57), Gains(2, 85, 0)}, false},
+               {{Lag(1, 58), Gains(2, 85, 0)}, false}};
   const Frames speech = ReadFrames("g723_1_speech.g723_1");
   const auto decode = [&speech](const Bytes& second, bool isErased) {
     const Decoder decoder;
@@ -153,9 +186,35 @@ TEST(G7231, AFrameWithALagThatThereIsNotCountsAsLost) {
     return samples;
   };
   const Samples expected = decode(speech[1], true);
-  for (const unsigned bit : {26U, 35U}) {
-    for (const unsigned lag : {123U, 124U, 127U}) {
-      EXPECT_EQ(decode(WithLag(speech[1], bit, lag), false) == expected, lag > 123) << lag;
+  for (std::size_t i = 0; i < std::size(cases); ++i) {
+    const Bytes frame = With(speech[1], cases[i].fields);
+    EXPECT_EQ(decode(frame, false) == expected, cases[i].isLost) << i;
+  }
+}
+
+// At 6.3 kbit/s. A subframe without pulses sounds alike whatever their signs.
+TEST(G7231, APlacementThatThereIsNotMakesNoPulses) {
+  const struct {
+    unsigned count;      // of placements
+    unsigned upperStep;  // of their upper parts, in bits 97 on
+    Field lower;
+    Field signs;
+  } subframes[] = {{593'775, 810, {110, 16}, {170, 6}},
+                   {142'506, 90, {126, 14}, {176, 5}},
+                   {593'775, 9, {140, 16}, {181, 6}},
+                   {142'506, 1, {156, 14}, {187, 5}}};
+  const Bytes speech = ReadFrames("g723_1_speech.g723_1")[1];
+  for (const auto& s : subframes) {
+    const auto decode = [&s, &speech](unsigned placement, unsigned signs) {
+      const Field upper = {97, 13, (placement >> s.lower.bits) * s.upperStep};
+      return Decoder()({With(
+          speech,
+          {upper, {s.lower.bit, s.lower.bits, placement}, {s.signs.bit, s.signs.bits, signs}})});
+    };
+    EXPECT_NE(decode(s.count - 1, 0), decode(s.count - 1, 63)) << s.upperStep;
+    const Samples withoutPulses = decode(s.count, 0);
+    for (const unsigned placement : {s.count, s.count + 1, s.count + 2000}) {
+      EXPECT_EQ(decode(placement, 63), withoutPulses) << s.upperStep << ": " << placement;
     }
   }
 }

@@ -1,12 +1,10 @@
 // Functions that ITU-T G.723.1 defines with its own rounding.
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
 #include "codecs/engines/fixed_point.h"
-#include "codecs/engines/sums_of_products.h"
 
 namespace Quorvex::g723_1 {
 

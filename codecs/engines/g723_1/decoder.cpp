@@ -48,7 +48,8 @@ void Decoder::DecodeSpeech(const FrameIndices& indices, FrameExcitation& heard) 
   spectrum_ = DecodeSpectrum(indices.spectrum, spectrum_);
   noiseSpectrum_ = spectrum_;
   for (std::size_t i = 0; i < kSubframes; ++i) {
-    MakeExcitation(i, indices, Excitation() + i * kSubframeSamples);
+    Word* const excitation = Excitation() + i * kSubframeSamples;
+    MakeExcitation(i, indices, AdaptiveVector(i, indices, excitation), excitation);
   }
   const NormalizedExcitation normalized(excitation_.data());
   concealment_.Learn(indices, normalized);

@@ -136,10 +136,15 @@ Subframe FixedVector(std::size_t subframe, const FrameIndices& indices) noexcept
   return vector;
 }
 
-void MakeExcitation(std::size_t subframe, const FrameIndices& indices, Word* excitation) noexcept {
+Subframe AdaptiveVector(std::size_t subframe, const FrameIndices& indices,
+                        const Word* excitation) noexcept {
   const bool hasShortLagGains = HasShortLagGains(indices.type, indices.halfLags[subframe / 2]);
-  const PitchGainRow& gains = PitchGains(hasShortLagGains, indices.subframes[subframe].pitchRow);
-  const Subframe adaptive = AdaptiveVector(SamplesOfLag(indices.Lag(subframe), excitation), gains);
+  return AdaptiveVector(SamplesOfLag(indices.Lag(subframe), excitation),
+                        PitchGains(hasShortLagGains, indices.subframes[subframe].pitchRow));
+}
+
+void MakeExcitation(std::size_t subframe, const FrameIndices& indices, const Subframe& adaptive,
+                    Word* excitation) noexcept {
   const Subframe fixed = FixedVector(subframe, indices);
   for (std::size_t n = 0; n < kSubframeSamples; ++n) {
     excitation[n] = Add(ShiftLeft(fixed[n], 1), adaptive[n]);

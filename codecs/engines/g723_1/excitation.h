@@ -41,9 +41,14 @@ void Sharpen(int lag, unsigned pitchRow, Subframe& vector) noexcept;
 /// The fixed vector of a subframe, with its train or sharpened.
 Subframe FixedVector(std::size_t subframe, const FrameIndices& indices) noexcept;
 
+/// The adaptive vector of a subframe of a frame of speech.
+Subframe AdaptiveVector(std::size_t subframe, const FrameIndices& indices,
+                        const fixed_point::Word* excitation) noexcept;
+
 /// Both parts together, of a subframe of a frame of speech.
+/// @param adaptive    its adaptive vector.
 /// @param excitation  receives the subframe.
-void MakeExcitation(std::size_t subframe, const FrameIndices& indices,
+void MakeExcitation(std::size_t subframe, const FrameIndices& indices, const Subframe& adaptive,
                     fixed_point::Word* excitation) noexcept;
 
 }  // namespace Quorvex::g723_1

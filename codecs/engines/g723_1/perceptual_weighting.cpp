@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
 
 #include "codecs/engines/g723_1/weighting_tables.h"
 #include "codecs/engines/sums_of_products.h"

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstdint>
 
 #include "codecs/engines/g723_1/arithmetic.h"
 #include "codecs/engines/g723_1/formant_filter.h"

@@ -59,16 +59,15 @@ void SubframeEncoder::Encode(std::size_t subframe, const Input& input, SearchBud
     indices.lagDeltas[subframe] = static_cast<unsigned>(pitch.lag - (halfLag - 1));
   }
 
-  const bool hasShortLagGains = HasShortLagGains(indices.type, halfLag);
-  const PitchGainRow& gains = PitchGains(hasShortLagGains, pitch.row);
-  RemovePitch(AdaptiveVector(SamplesOfLag(pitch.lag, excitation), gains), response, target);
+  const Subframe adaptive = AdaptiveVector(subframe, indices, excitation);
+  RemovePitch(adaptive, response, target);
   if (indices.type == FrameType::kAtHighRate) {
     SearchMultipulse(subframe, halfLag, target, response, coded);
   } else {
     SearchAlgebraic(pitch.lag, target, response, budget, coded);
   }
-  MakeExcitation(subframe, indices, excitation);
-  Follow(input.filters, pitch.lag, hasShortLagGains, pitch.row, excitation);
+  MakeExcitation(subframe, indices, adaptive, excitation);
+  Follow(input.filters, pitch.lag, HasShortLagGains(indices.type, halfLag), pitch.row, excitation);
 }
 
 void SubframeEncoder::Follow(const SubframeFilters& filters, int lag, bool hasShortLagGains,
